@@ -1,0 +1,1 @@
+# hxhost script: replays of the bundled examples (run from the repository root).

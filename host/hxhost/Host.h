@@ -1,0 +1,31 @@
+#pragma once
+#include <string>
+#include <vector>
+
+#include "PackageLoader.h"
+
+namespace hxhost {
+
+enum ExitStatus { ExitOk = 0, ExitFailed = 1, ExitUsage = 2 };
+
+// Runs host commands against the loaded packages. The only command is
+//   load -OPTION FILE [ARGS...]
+// which calls the option's reader entry with argv = {FILE, ARGS...}.
+class Host {
+public:
+    Host(const PackageLoader& packages, bool hasDisplay)
+        : mPackages(packages), mHasDisplay(hasDisplay) {}
+
+    // Runs one command line; `where` names its origin for messages
+    // ("-c", "script.hx:3"). Blank lines and '#' comment lines do nothing.
+    ExitStatus runCommand(const std::string& line, const std::string& where);
+    // Runs every line of a script file; stops at the first usage error.
+    ExitStatus runScript(const std::string& path);
+
+private:
+    ExitStatus load(const std::vector<std::string>& words, const std::string& where);
+    const PackageLoader& mPackages;
+    bool mHasDisplay;
+};
+
+} // namespace hxhost

@@ -1,0 +1,16 @@
+#pragma once
+#include <string>
+#include <vector>
+
+#include "HxData.h"
+
+namespace hxhost {
+
+// Writes each object as a VTK XML file in dir: point clouds and line sets as
+// PolyData (NAME.vtp), fields as ImageData (NAME.vti). Objects of other
+// classes are skipped. Returns false with messages in errors when a file
+// could not be written; the others are still written.
+bool exportVtk(const std::string& dir, const std::vector<HxData*>& objects,
+               std::vector<std::string>& errors);
+
+} // namespace hxhost

@@ -1,0 +1,182 @@
+// hxhost: loads packages, runs load commands, writes what they created.
+#include <QApplication>
+#include <QDir>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <string>
+#include <vector>
+
+#include "Host.h"
+#include "HxData.h"
+#include "HxMessage.h"
+#include "JsonWriter.h"
+#include "PackageLoader.h"
+#include "VtkWriter.h"
+
+using namespace hxhost;
+
+static const char* kUsage =
+    "usage: hxhost [-c COMMAND]... [SCRIPT...] [--json FILE|-] [--export DIR]\n"
+    "              [--packages DIR] [--list] [--help]\n"
+    "\n"
+    "Loads every package from the package folder, runs the commands in the\n"
+    "order given (-c commands and script files, one command per line, '#'\n"
+    "starting a comment line), then writes what was created.\n"
+    "\n"
+    "Commands:\n"
+    "  load -OPTION FILE [ARGS...]  import FILE with a package's reader; without\n"
+    "                               a final -dataOnly the reader shows its dialog\n"
+    "\n"
+    "Options:\n"
+    "  -c COMMAND      run one command (quote it; words split as by a shell)\n"
+    "  --json FILE     write objects and console messages as JSON ('-': stdout)\n"
+    "  --export DIR    write each object as a VTK XML file into DIR\n"
+    "  --packages DIR  the package folder (default: ../lib beside hxhost)\n"
+    "  --list          list the loaded packages and their load options\n"
+    "  --help          show this text\n"
+    "\n"
+    "Exit status: 0 all commands succeeded, 1 an import failed, 2 usage error.\n";
+
+namespace {
+
+struct Options {
+    struct Step {
+        bool isScript;
+        std::string text;
+    };
+    std::vector<Step> steps;
+    std::string json;
+    std::string exportDir;
+    std::string packageDir;
+    bool list = false;
+    bool help = false;
+};
+
+int usageError(const std::string& text)
+{
+    std::fprintf(stderr, "hxhost: %s\n(hxhost --help shows the usage)\n", text.c_str());
+    return ExitUsage;
+}
+
+// Returns -1 when the arguments are fine, else the exit status.
+int parseArguments(int argc, char** argv, Options& opts)
+{
+    for (int i = 1; i < argc; ++i) {
+        std::string a = argv[i];
+        auto value = [&](std::string& target) {
+            if (i + 1 >= argc)
+                return false;
+            target = argv[++i];
+            return true;
+        };
+        if (a == "-h" || a == "--help") {
+            opts.help = true;
+        } else if (a == "--list") {
+            opts.list = true;
+        } else if (a == "-c") {
+            Options::Step step{false, {}};
+            if (!value(step.text))
+                return usageError("-c needs a command");
+            opts.steps.push_back(step);
+        } else if (a == "--json") {
+            if (!value(opts.json))
+                return usageError("--json needs a file name or -");
+        } else if (a == "--export") {
+            if (!value(opts.exportDir))
+                return usageError("--export needs a folder");
+        } else if (a == "--packages") {
+            if (!value(opts.packageDir))
+                return usageError("--packages needs a folder");
+        } else if (a.size() > 1 && a[0] == '-') {
+            return usageError("unknown option " + a);
+        } else {
+            opts.steps.push_back({true, a});
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Options opts;
+    int early = parseArguments(argc, argv, opts);
+    if (early >= 0)
+        return early;
+    if (opts.help) {
+        std::fputs(kUsage, stdout);
+        return ExitOk;
+    }
+
+    // Batch runs need no display: readers still create (hidden) dialogs.
+    if (!std::getenv("QT_QPA_PLATFORM") && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Qt wants a private runtime folder and complains on every run without one.
+    if (!std::getenv("XDG_RUNTIME_DIR")) {
+        std::string dir = "/tmp/runtime-" + std::to_string(getuid());
+        mkdir(dir.c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", dir.c_str(), 1);
+    }
+    QApplication app(argc, argv);
+    const QString platform = QGuiApplication::platformName();
+    const bool hasDisplay = platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+    HxApplication::instance()->setInteractive(hasDisplay);
+
+    if (opts.packageDir.empty())
+        opts.packageDir = QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib"))
+                              .absolutePath().toStdString();
+    PackageLoader packages;
+    std::vector<std::string> errors;
+    bool packagesOk = packages.loadFolder(opts.packageDir, errors);
+    for (const std::string& e : errors)
+        theMsg->error(QString::fromStdString("hxhost: " + e));
+
+    if (opts.list) {
+        for (const Package& p : packages.packages()) {
+            std::printf("package %s %s (%s, built %s with %s)\n", p.info->name, p.info->version,
+                        p.path.c_str(), p.info->buildDate, p.info->compiler);
+            for (const LoadOption& o : packages.options())
+                if (o.package == p.name)
+                    std::printf("  load -%-28s %-22s %s\n", o.option.c_str(), o.dataKind.c_str(),
+                                o.description.c_str());
+        }
+        if (packages.packages().empty())
+            std::printf("no packages in %s\n", opts.packageDir.c_str());
+    }
+
+    Host host(packages, hasDisplay);
+    ExitStatus status = packagesOk ? ExitOk : ExitFailed;
+    for (const Options::Step& step : opts.steps) {
+        ExitStatus s = step.isScript ? host.runScript(step.text) : host.runCommand(step.text, "-c");
+        if (s == ExitUsage)
+            return ExitUsage;
+        if (s > status)
+            status = s;
+    }
+
+    const std::vector<HxData*>& objects = HxObjectPool::instance()->objects();
+    if (!opts.exportDir.empty()) {
+        std::vector<std::string> exportErrors;
+        if (!exportVtk(opts.exportDir, objects, exportErrors))
+            status = ExitFailed;
+        for (const std::string& e : exportErrors)
+            theMsg->error(QString::fromStdString("hxhost: " + e));
+    }
+    if (!opts.json.empty()) {
+        std::FILE* out = opts.json == "-" ? stdout : std::fopen(opts.json.c_str(), "wb");
+        bool ok = out && writeJson(out, objects, theMsg->entries());
+        if (out && out != stdout)
+            ok = std::fclose(out) == 0 && ok;
+        if (!ok) {
+            std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", opts.json.c_str());
+            status = ExitFailed;
+        }
+    }
+    // Objects go before the application so widgets they own die with Qt alive.
+    HxObjectPool::instance()->clear();
+    return status;
+}

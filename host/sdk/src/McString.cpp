@@ -1,0 +1,58 @@
+#include "McString.h"
+
+#include <QString>
+#include <cstdarg>
+#include <cstdio>
+
+McString& McString::printf(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    va_list copy;
+    va_copy(copy, args);
+    char small[256];
+    int n = std::vsnprintf(small, sizeof small, format, args);
+    va_end(args);
+    if (n < 0) {
+        mText.clear();
+    } else if (n < static_cast<int>(sizeof small)) {
+        mText.assign(small, n);
+    } else {
+        mText.resize(n);
+        std::vsnprintf(&mText[0], n + 1, format, copy);
+    }
+    va_end(copy);
+    return *this;
+}
+
+McString& McString::setInt64(long long v)
+{
+    mText = std::to_string(v);
+    return *this;
+}
+
+void McString::explode(char separator, McDArray<McString>& parts) const
+{
+    parts.clear();
+    size_t start = 0;
+    for (;;) {
+        size_t pos = mText.find(separator, start);
+        if (pos == std::string::npos) {
+            parts.append(McString(mText.c_str() + start, static_cast<int>(mText.size() - start)));
+            return;
+        }
+        parts.append(McString(mText.c_str() + start, static_cast<int>(pos - start)));
+        start = pos + 1;
+    }
+}
+
+QString McString::toQString() const
+{
+    return QString::fromLatin1(mText.data(), static_cast<int>(mText.size()));
+}
+
+McString McString::fromQString(const QString& s)
+{
+    QByteArray latin = s.toLatin1();
+    return McString(latin.constData(), latin.size());
+}

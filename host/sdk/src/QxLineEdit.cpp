@@ -1,0 +1,3 @@
+#include "QxLineEdit.h"
+
+QxLineEdit::QxLineEdit(QWidget* parent) : QLineEdit(parent) {}

@@ -1,0 +1,87 @@
+// A small package for testing the host: its readers make objects with known
+// values, so the host's JSON and exit statuses can be checked on their own.
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "HxCluster.h"
+#include "HxLattice3.h"
+#include "HxLineSet.h"
+#include "HxMessage.h"
+#include "HxPackage.h"
+
+static const HxPackageInfo info = {"fakepkg", "0.1", "today", "g++"};
+
+HX_PACKAGE_ENTRY const HxPackageInfo* quenzpackage_fakepkg()
+{
+    return &info;
+}
+
+// Prints its arguments, one console line each; fails when one is "fail".
+HX_PACKAGE_ENTRY int hxReadFakeEcho(int argc, const char** argv)
+{
+    int result = 1;
+    for (int i = 0; i < argc; ++i) {
+        theMsg->printf("arg[%d]=<%s>", i, argv[i]);
+        if (std::strcmp(argv[i], "fail") == 0)
+            result = 0;
+    }
+    return result;
+}
+
+HX_PACKAGE_ENTRY int hxReadFakeCluster(int, const char** argv)
+{
+    HxCluster* c = HxCluster::createInstance();
+    c->setNumDataColumns(1, McPrimType(3));
+    c->setNumLabelColumns(1);
+    c->resize(3);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    const float xs[3] = {0.1f, -1e-38f, 3.4028235e38f};
+    const float vs[3] = {nan, inf, -inf};
+    for (int i = 0; i < 3; ++i) {
+        c->points[i] = McVec3f(xs[i], 2.0f * i, -0.3f);
+        c->ids[i] = i + 1;
+        c->dataColumns[0].floatData()[i] = vs[i];
+        c->labelColumns[0].labels[i] = QString::fromLatin1("l\xe4" "bel \"%1\"").arg(i);
+    }
+    c->computeBounds();
+    HxData::registerData(c, QString::fromLatin1(argv[0]));
+    c->parameters().insert(new HxParameter(QStringLiteral("LoadCmd"), QStringLiteral("load -fake_cluster x"), 0), 1);
+    return 1;
+}
+
+HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
+{
+    HxLineSet* s = HxLineSet::createInstance();
+    const McVec3f pts[3] = {McVec3f(0, 0, 0), McVec3f(1, 1, 1), McVec3f(5, 5, 5)};
+    for (const McVec3f& p : pts)
+        s->addPoints(&p, 1);
+    const int a[2] = {0, 1}, b[1] = {2};
+    s->addLine(2, a, -1);
+    s->addLine(1, b, -1);
+    s->setNumDataValues(1);
+    for (int i = 0; i < 3; ++i)
+        s->getData(0)[i] = 0.5f * i;
+    HxData::registerData(s, QString::fromLatin1(argv[0]));
+    return 1;
+}
+
+// argv[1] is the McPrimType code, argv[2] the number of data variables.
+HX_PACKAGE_ENTRY int hxReadFakeField(int argc, const char** argv)
+{
+    if (argc < 3)
+        return 0;
+    McPrimType type(std::atoi(argv[1]));
+    int nDataVar = std::atoi(argv[2]);
+    HxLattice3* lat = new HxLattice3(McDim3l(2, 1, 1), nDataVar, type, C_UNIFORM, nullptr);
+    lat->coords()->setBoundingBox(McBox3f(0, 1, 0, 0, 0, 0));
+    unsigned char* p = static_cast<unsigned char*>(lat->dataPtr().getData());
+    for (long long i = 0; i < lat->dataBytes(); ++i)
+        p[i] = static_cast<unsigned char>(0x81 + i);
+    HxRegField3* f = nDataVar == 3 ? static_cast<HxRegField3*>(new HxUniformVectorField3(lat))
+                                   : new HxUniformScalarField3(lat);
+    HxData::registerData(f, QString::fromLatin1(argv[0]));
+    return 1;
+}
