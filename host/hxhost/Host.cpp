@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "CommandLine.h"
+#include "HxData.h"
 #include "HxMessage.h"
 
 namespace hxhost {
@@ -36,6 +37,18 @@ ExitStatus Host::runCommand(const std::string& line, const std::string& where)
         return load(words, where);
     report("hxhost: " + where + ": unknown command '" + words[0] + "' (the only command is 'load')");
     return ExitUsage;
+}
+
+// Tells the user what a load created and how to repeat it.
+static void announceNewObjects(size_t from)
+{
+    const std::vector<HxData*>& objects = HxObjectPool::instance()->objects();
+    for (size_t i = from; i < objects.size(); ++i) {
+        theMsg->printf(QStringLiteral("created \"%1\" (%2)")
+                           .arg(objects[i]->getName(), QString::fromLatin1(objects[i]->getClassName())));
+        if (auto* cmd = dynamic_cast<HxParameter*>(objects[i]->parameters().find(QStringLiteral("LoadCmd"))))
+            theMsg->printf(QStringLiteral("  LoadCmd: ") + cmd->getString());
+    }
 }
 
 ExitStatus Host::load(const std::vector<std::string>& words, const std::string& where)
@@ -70,6 +83,7 @@ ExitStatus Host::load(const std::vector<std::string>& words, const std::string& 
                "(set DISPLAY, or replay a stored LoadCmd ending in -dataOnly)");
         return ExitFailed;
     }
+    const size_t before = HxObjectPool::instance()->objects().size();
     int result = 0;
     try {
         result = opt->entry(static_cast<int>(argv.size()), argv.data());
@@ -80,6 +94,7 @@ ExitStatus Host::load(const std::vector<std::string>& words, const std::string& 
         report("hxhost: the reader for -" + option + " failed with an unknown exception");
         return ExitFailed;
     }
+    announceNewObjects(before);
     if (result != 1) {
         report("hxhost: " + where + ": load -" + option + " " + words[2] + " created nothing");
         return ExitFailed;
