@@ -30,11 +30,14 @@ HX_PACKAGE_ENTRY int hxReadFakeEcho(int argc, const char** argv)
     return result;
 }
 
-HX_PACKAGE_ENTRY int hxReadFakeCluster(int, const char** argv)
+// An optional argv[1] names both the data and the label column.
+HX_PACKAGE_ENTRY int hxReadFakeCluster(int argc, const char** argv)
 {
     HxCluster* c = HxCluster::createInstance();
     c->setNumDataColumns(1, McPrimType(3));
     c->setNumLabelColumns(1);
+    if (argc > 2)
+        c->dataColumns[0].name = c->labelColumns[0].name = argv[1];
     c->resize(3);
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
@@ -68,7 +71,8 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
     return 1;
 }
 
-// argv[1] is the McPrimType code, argv[2] the number of data variables.
+// argv[1] is the McPrimType code, argv[2] the number of data variables,
+// optional argv[3..8] the bounding box.
 HX_PACKAGE_ENTRY int hxReadFakeField(int argc, const char** argv)
 {
     if (argc < 3)
@@ -76,7 +80,10 @@ HX_PACKAGE_ENTRY int hxReadFakeField(int argc, const char** argv)
     McPrimType type(std::atoi(argv[1]));
     int nDataVar = std::atoi(argv[2]);
     HxLattice3* lat = new HxLattice3(McDim3l(2, 1, 1), nDataVar, type, C_UNIFORM, nullptr);
-    lat->coords()->setBoundingBox(McBox3f(0, 1, 0, 0, 0, 0));
+    float box[6] = {0, 1, 0, 0, 0, 0};
+    for (int i = 0; i < 6 && argc > 9; ++i)
+        box[i] = std::strtof(argv[3 + i], nullptr);
+    lat->coords()->setBoundingBox(McBox3f(box));
     unsigned char* p = static_cast<unsigned char*>(lat->dataPtr().getData());
     for (long long i = 0; i < lat->dataBytes(); ++i)
         p[i] = static_cast<unsigned char>(0x81 + i);

@@ -1,0 +1,184 @@
+// hxhost --export: the VTK XML structure and the values in the appended block.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "HostRun.h"
+
+namespace {
+
+// A written file: the attributes of its elements by tag and of its arrays by
+// "Section/Name" (plus "tag"), and the raw appended block after its '_'.
+struct VtkFile {
+    QMap<QString, QXmlStreamAttributes> elements;
+    QMap<QString, QXmlStreamAttributes> arrays;
+    QByteArray block;
+
+    QString attr(const QString& element, const QString& name) const
+    {
+        return (elements.contains(element) ? elements : arrays).value(element).value(name).toString();
+    }
+    // The array's bytes, as many as its UInt64 byte count announces.
+    QByteArray bytes(const QString& array) const
+    {
+        const int offset = attr(array, "offset").toInt();
+        quint64 n = 0;
+        if (arrays.contains(array) && offset + 8 <= block.size())
+            std::memcpy(&n, block.constData() + offset, 8);
+        EXPECT_LE(offset + 8 + static_cast<qint64>(n), block.size()) << array.toStdString();
+        return block.mid(offset + 8, static_cast<int>(n));
+    }
+    template <class T>
+    std::vector<T> values(const QString& array) const
+    {
+        const QByteArray b = bytes(array);
+        std::vector<T> v(b.size() / sizeof(T));
+        std::memcpy(v.data(), b.constData(), v.size() * sizeof(T));
+        return v;
+    }
+};
+
+VtkFile readVtk(const QString& path)
+{
+    VtkFile f;
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    const QByteArray all = file.readAll();
+    const int tag = all.indexOf("<AppendedData encoding=\"raw\">");
+    EXPECT_GT(tag, 0) << path.toStdString();
+    f.block = all.mid(all.indexOf('_', tag) + 1);
+    // The header up to the binary block is plain XML.
+    QXmlStreamReader xml(all.left(tag));
+    QStringList open;
+    while (xml.readNext() != QXmlStreamReader::Invalid) {
+        if (xml.isStartElement()) {
+            const QString name = xml.name().toString();
+            QXmlStreamAttributes attributes = xml.attributes();
+            if (name == "DataArray" || name == "Array") {
+                attributes.append("tag", name);
+                f.arrays[open.last() + "/" + attributes.value("Name").toString()] = attributes;
+            } else {
+                f.elements[name] = attributes;
+            }
+            open << name;
+        } else if (xml.isEndElement()) {
+            open.removeLast();
+        }
+    }
+    return f;
+}
+
+HostRun exportRun(const QString& dir, const QStringList& commands)
+{
+    QStringList args = {"--packages", HX_TEST_PACKAGES, "--export", dir};
+    for (const QString& c : commands)
+        args << "-c" << c;
+    return runHxhost(args);
+}
+
+// Exports what one command creates and reads back the file it writes.
+VtkFile exportOne(const QString& command, const QString& file)
+{
+    QTemporaryDir dir;
+    HostRun r = exportRun(dir.path(), {command});
+    EXPECT_EQ(r.exitCode, 0) << r.err.constData();
+    return readVtk(dir.filePath(file));
+}
+
+} // namespace
+
+TEST(VtkExport, ClusterIsPolyDataWithOneVertexPerPoint)
+{
+    // Both columns are named "Id" like the ids: VTK keeps one array per name.
+    VtkFile f = exportOne("load -fake_cluster /tmp/c.csv Id -dataOnly", "c.csv.vtp");
+    EXPECT_EQ(f.attr("VTKFile", "type"), "PolyData");
+    EXPECT_EQ(f.attr("VTKFile", "header_type"), "UInt64");
+    EXPECT_EQ(f.attr("Piece", "NumberOfVerts"), "3");
+    EXPECT_EQ(f.arrays.keys(), QStringList({"PointData/Id", "PointData/Id2", "PointData/Id3", "Points/",
+                                            "Verts/connectivity", "Verts/offsets"}));
+    EXPECT_EQ(f.values<float>("Points/"), std::vector<float>({0.1f, 0, -0.3f, -1e-38f, 2, -0.3f,
+                                                              3.4028235e38f, 4, -0.3f}));
+    EXPECT_EQ(f.attr("PointData/Id", "type"), "Int32");
+    EXPECT_EQ(f.values<int>("PointData/Id"), std::vector<int>({1, 2, 3}));
+    EXPECT_EQ(f.attr("PointData/Id2", "type"), "Float32");
+    std::vector<float> data = f.values<float>("PointData/Id2");
+    ASSERT_EQ(data.size(), 3u);
+    EXPECT_TRUE(std::isnan(data[0]));
+    EXPECT_EQ(data[2], -INFINITY);
+    // Strings as VTK's own writer stores them: UTF-8, each ended by a NUL.
+    EXPECT_EQ(f.attr("PointData/Id3", "tag"), "Array");
+    EXPECT_EQ(f.attr("PointData/Id3", "type"), "String");
+    const char labels[] = "l\xc3\xa4" "bel \"0\"\0l\xc3\xa4" "bel \"1\"\0l\xc3\xa4" "bel \"2\"";
+    EXPECT_EQ(f.bytes("PointData/Id3"), QByteArray(labels, sizeof labels));
+    EXPECT_EQ(f.values<qint64>("Verts/connectivity"), std::vector<qint64>({0, 1, 2}));
+    EXPECT_EQ(f.values<qint64>("Verts/offsets"), std::vector<qint64>({1, 2, 3}));
+}
+
+TEST(VtkExport, LineSetIsPolyDataWithLines)
+{
+    VtkFile f = exportOne("load -fake_lineset l.csv -dataOnly", "l.csv.vtp");
+    EXPECT_EQ(f.attr("Piece", "NumberOfLines"), "2");
+    EXPECT_EQ(f.values<qint64>("Lines/connectivity"), std::vector<qint64>({0, 1, 2}));
+    EXPECT_EQ(f.values<qint64>("Lines/offsets"), std::vector<qint64>({2, 3}));
+    EXPECT_EQ(f.values<float>("PointData/Data0"), std::vector<float>({0, 0.5f, 1}));
+}
+
+TEST(VtkExport, FieldIsImageDataOfTheLatticeType)
+{
+    // The fake lattice is 2x1x1, so only x has a spacing of its own.
+    struct Case {
+        int code, nDataVar;
+        const char* type;
+        int size;
+        const char* bbox;
+        const char* origin;
+        const char* spacing;
+    } cases[] = {
+        {0, 1, "UInt8", 1, "", "0 0 0", "1 1 1"},
+        {1, 1, "Int16", 2, "-1 3 2 2 0.1 7", "-1 2 0.1", "4 1 1"},
+        {7, 1, "UInt16", 2, "5 5 0 0 0 0", "5 0 0", "1 1 1"},
+        {2, 1, "Int32", 4, "", "0 0 0", "1 1 1"},
+        {3, 1, "Float32", 4, "", "0 0 0", "1 1 1"},
+        {4, 3, "Float64", 8, "", "0 0 0", "1 1 1"},
+    };
+    QTemporaryDir dir;
+    QStringList commands;
+    for (const Case& c : cases)
+        commands << QString("load -fake_field f%1.csv %1 %2 %3 -dataOnly").arg(c.code).arg(c.nDataVar).arg(c.bbox);
+    HostRun r = exportRun(dir.path(), commands);
+    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
+    for (const Case& c : cases) {
+        VtkFile f = readVtk(dir.filePath(QString("f%1.csv.vti").arg(c.code)));
+            EXPECT_EQ(f.attr("ImageData", "WholeExtent"), "0 1 0 0 0 0");
+        EXPECT_EQ(f.attr("ImageData", "Origin"), c.origin) << c.type;
+        EXPECT_EQ(f.attr("ImageData", "Spacing"), c.spacing) << c.type;
+        EXPECT_EQ(f.attr("PointData/values", "type"), c.type);
+        EXPECT_EQ(f.attr("PointData/values", "NumberOfComponents"), c.nDataVar == 1 ? "" : "3");
+        // The fake lattice holds the bytes 0x81, 0x82, ...: they must arrive unchanged.
+        QByteArray expected;
+        for (int i = 0; i < 2 * c.nDataVar * c.size; ++i)
+            expected.append(static_cast<char>(0x81 + i));
+        EXPECT_EQ(f.bytes("PointData/values"), expected) << c.type;
+    }
+}
+
+TEST(VtkExport, ReportsWhatCannotBeWrittenAndWritesTheRest)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir("a.csv.vtp"));
+    HostRun r = exportRun(dir.path(), {"load -fake_lineset a.csv -dataOnly", "load -fake_lineset b.csv -dataOnly"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(r.err.contains("cannot write " + dir.filePath("a.csv.vtp").toUtf8())) << r.err.constData();
+    EXPECT_TRUE(QFile::exists(dir.filePath("b.csv.vtp")));
+
+    HostRun notAFolder = exportRun(dir.filePath("b.csv.vtp"), {"load -fake_lineset c.csv -dataOnly"});
+    EXPECT_EQ(notAFolder.exitCode, 1);
+    EXPECT_TRUE(notAFolder.err.contains("cannot create the folder")) << notAFolder.err.constData();
+}
