@@ -1,0 +1,11 @@
+// Test main for widget tests: one QApplication for the whole run. Linked
+// before gtest_main, so this main() is the one that counts.
+#include <QApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
