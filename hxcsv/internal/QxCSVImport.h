@@ -4,7 +4,9 @@
 #include "McDArray.h"
 #include "McString.h"
 #include "api.h"
-#include "ui_QxCSVImportBase.h"
+// Under internal/ so that the path matches what CMake expects from the form
+// and Ninja rebuilds every user of it after the form changes.
+#include "internal/ui_QxCSVImportBase.h"
 
 class QComboBox;
 class QFile;
