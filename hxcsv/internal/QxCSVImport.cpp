@@ -81,6 +81,7 @@ bool QxCSVImport::setFileName(const char* name)
 bool QxCSVImport::loadFilePreview()
 {
     tableWidgetDataPvw->clear();
+    tableWidgetDataPvw->setRowCount(0);
     tableWidgetDataPvw->setColumnCount(1);
     tableWidgetDataPvw->horizontalHeader()->hide();
 
@@ -88,7 +89,6 @@ bool QxCSVImport::loadFilePreview()
     const QString name = QFile::decodeName(getFileName().getString());
     QFile file(name);
     if (!file.open(QIODevice::ReadOnly)) {
-        tableWidgetDataPvw->setRowCount(0);
         HxApplication::instance()->message()->ioError(name, QString());
         return false;
     }
@@ -101,7 +101,6 @@ void QxCSVImport::fillPreviewRows(QFile& file)
     char buffer[previewPieceBytes + 1];
     int rows = 0;
     bool lineGoesOn = false;
-    tableWidgetDataPvw->setRowCount(qMax(maxPreviewLines, 0));
     for (;;) {
         const qint64 n = file.readLine(buffer, sizeof buffer);
         if (n <= 0)
@@ -118,9 +117,9 @@ void QxCSVImport::fillPreviewRows(QFile& file)
             break;
         auto* item = new QTableWidgetItem(QString::fromLatin1(text));
         item->setFlags(Qt::ItemIsEnabled);
+        tableWidgetDataPvw->setRowCount(rows + 1);
         tableWidgetDataPvw->setItem(rows++, 0, item);
     }
-    tableWidgetDataPvw->setRowCount(rows);
     tableWidgetDataPvw->resizeColumnsToContents();
     tableWidgetDataPvw->resizeRowsToContents();
 }

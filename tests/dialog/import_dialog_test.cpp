@@ -2,7 +2,6 @@
 #include <QHeaderView>
 #include <QIntValidator>
 #include <QLayout>
-#include <QSpinBox>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -60,21 +59,13 @@ TEST(ImportDialog, FormStartsAsDesigned)
     EXPECT_EQ(dialog.windowTitle(), "Import Data");
     EXPECT_EQ(dialog.size(), QSize(1104, 700));
 
+    // Spellings that look like typos are the system's own and must stay.
     const std::pair<const char*, const char*> texts[] = {
-        {"label", "Property Name: "}, {"label_2", "Column #:"}, {"label_3", "Ignore lines starting with:"},
-        {"lineEditCommentMarker", "#"}, {"label_4", "Data starts at line:"}, {"lineEditDataLineNum", "1"},
-        {"label_5", "Column delimiter:"}, {"lineEditColumnDelimiter", " "},
-        {"firstLineColumnLabels", "First row contains column names"}, {"noLineBreaks", "Ignore line breaks"},
-        {"checkBoxCheckShots", "Import checkshots"}, {"pushButtonAddValues", "Add more values.."},
-        {"radioButtonOnlyOneLine", "Only one line"}, {"radioButtonNumberOfPoints", "1st value is # of points per line"},
-        {"radioButtonLineDelimitor", "Line delimeter"}, {"inputBox", "Input"}, {"textLabel2", "Data type:"},
-        {"textLabel3", "Dimensions:"}, {"textLabel4", "Header:"}, {"textLabel5", "bytes"}, {"textLabel6", "Requested:"},
-        {"requestedTxt", "textLabel13"}, {"textLabel7", "Filesize:"}, {"filesizeTxt", "textLabel15"},
-        {"endianBox", "Endianess"}, {"bigEndianBtn", "big endian"}, {"littleEndianBtn", "little endian"},
-        {"orderBox", "Index order"}, {"xFastestBtn", "x fastest"}, {"zFastestBtn", "z fastest"},
-        {"resModeBG", "Resolution"}, {"defineBox", "Define"}, {"bBoxBtn", "bounding box"},
-        {"voxelSizeBtn", "voxel size"}, {"res1Lbl", "Min. coord:"}, {"res2Lbl", "Size:"}, {"pushButtonOK", "OK"},
-        {"pushButtonCancel", "Cancel"},
+        {"label", "Property Name: "}, {"lineEditColumnDelimiter", " "}, {"lineEditCommentMarker", "#"},
+        {"lineEditDataLineNum", "1"}, {"pushButtonAddValues", "Add more values.."},
+        {"radioButtonNumberOfPoints", "1st value is # of points per line"}, {"radioButtonLineDelimitor", "Line delimeter"},
+        {"endianBox", "Endianess"}, {"requestedTxt", "textLabel13"}, {"filesizeTxt", "textLabel15"},
+        {"res1Lbl", "Min. coord:"}, {"res2Lbl", "Size:"},
     };
     for (const auto& [name, text] : texts) {
         auto* w = dialog.findChild<QWidget*>(name);
@@ -98,15 +89,11 @@ TEST(ImportDialog, FormStartsAsDesigned)
                        (QWidget*)dialog.lineEditVerticalDelimiter})
         EXPECT_FALSE(w->isEnabled()) << w->objectName().toStdString();
     EXPECT_TRUE(dialog.radioButtonOnlyOneLine->isChecked());
-    EXPECT_TRUE(dialog.littleEndianBtn->isChecked() && dialog.xFastestBtn->isChecked() && dialog.bBoxBtn->isChecked());
     EXPECT_TRUE(dialog.pushButtonOK->isDefault());
 
     auto* validator = qobject_cast<const QIntValidator*>(dialog.lineEditDataLineNum->validator());
     ASSERT_TRUE(validator);
     EXPECT_EQ(std::make_pair(validator->bottom(), validator->top()), std::make_pair(1, 2000000000));
-    for (QSpinBox* dims : {dialog.dimsTxt0, dialog.dimsTxt1, dialog.dimsTxt2})
-        EXPECT_EQ(std::make_pair(dims->minimum(), dims->maximum()), std::make_pair(1, 4096));
-    EXPECT_EQ(dialog.headerTxt->maximum(), 8192);
     for (QWidget* field : {dialog.bBoxTxt0, dialog.bBoxTxt1, dialog.bBoxTxt2, dialog.bBoxTxt3, dialog.bBoxTxt4, dialog.bBoxTxt5})
         EXPECT_TRUE(qobject_cast<QxLineEdit*>(field));
 
