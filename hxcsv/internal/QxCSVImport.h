@@ -26,6 +26,8 @@ public:
         // The picker entry last accepted; restores a mandatory column whose
         // "Missing" choice is refused.
         int lastPickerIndex = 0;
+        // Set by importers with typed value columns: 0 numeric, 1 text.
+        int dataType = 0;
     };
 
     explicit QxCSVImport(QWidget* parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags());
