@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "LineInput.h"
+
 namespace {
 
 struct FileCloser {
@@ -12,17 +14,7 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
-// One physical line without its line end; 0 at end of file. A line longer
-// than size - 1 bytes comes back in pieces.
-int fgetline(char* buffer, int size, FILE* file)
-{
-    if (!std::fgets(buffer, size, file))
-        return 0;
-    size_t n = std::strlen(buffer);
-    while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n'))
-        buffer[--n] = '\0';
-    return 1;
-}
+using hxcsv::fgetline;
 
 void skipLines(FILE* file, long long n)
 {
