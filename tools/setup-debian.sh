@@ -7,6 +7,7 @@ packages=(
   qtbase5-dev qtbase5-dev-tools
   libgtest-dev googletest
   libfast-float-dev
+  python3-vtk9
   xvfb xauth
 )
 missing=()

@@ -1,0 +1,72 @@
+#pragma once
+// Imports a CSV text as a uniform field in this process, set up the way a
+// user sets up the dialog, and reads the lattice back as doubles.
+#include <QFile>
+#include <QTemporaryDir>
+#include <vector>
+
+#include "HxLattice3.h"
+#include "HxMessage.h"
+#include "QxCSVUniformScalarFieldImport.h"
+
+struct FieldSettings {
+    int type = 5; // dataTypeOpt entry: byte, short, ushort, int32, float, double
+    int nDataVar = 1;
+    int dims[3] = {2, 2, 2};
+    bool xFastest = true;
+    const char* delimiter = ",";
+    const char* comment = "#";
+    int firstLine = 1;
+};
+
+inline void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    file.write(content);
+}
+
+inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSettings& s)
+{
+    dialog.dataTypeOpt->setCurrentIndex(s.type);
+    dialog.nDataVarOpt->setCurrentIndex(s.nDataVar - 1);
+    dialog.dimsTxt0->setValue(s.dims[0]);
+    dialog.dimsTxt1->setValue(s.dims[1]);
+    dialog.dimsTxt2->setValue(s.dims[2]);
+    (s.xFastest ? dialog.xFastestBtn : dialog.zFastestBtn)->setChecked(true);
+    dialog.setColumnDelimiter(s.delimiter);
+    dialog.setCommentMarker(s.comment);
+    dialog.setDataStartLineNum(s.firstLine);
+}
+
+template <class T>
+std::vector<double> asDoubles(const HxLattice3& lattice)
+{
+    const T* data = static_cast<const T*>(lattice.dataPtr().getData());
+    return std::vector<double>(data, data + lattice.numNodes() * lattice.nDataVar());
+}
+
+inline std::vector<double> latticeValues(const HxLattice3& lattice)
+{
+    switch (lattice.primType().getType()) {
+    case McPrimType::MC_UINT8: return asDoubles<unsigned char>(lattice);
+    case McPrimType::MC_INT16: return asDoubles<short>(lattice);
+    case McPrimType::MC_UINT16: return asDoubles<unsigned short>(lattice);
+    case McPrimType::MC_INT32: return asDoubles<int>(lattice);
+    case McPrimType::MC_FLOAT: return asDoubles<float>(lattice);
+    default: return asDoubles<double>(lattice);
+    }
+}
+
+// The field that the last import registered, or null.
+inline HxRegField3* lastField()
+{
+    const auto& objects = HxObjectPool::instance()->objects();
+    return objects.empty() ? nullptr : dynamic_cast<HxRegField3*>(objects.back());
+}
+
+inline QString loadCmdOf(const HxData& data)
+{
+    auto* p = dynamic_cast<HxParameter*>(data.parameters().find("LoadCmd"));
+    return p ? p->getString() : QString();
+}
