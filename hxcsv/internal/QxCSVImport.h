@@ -34,8 +34,9 @@ public:
     ~QxCSVImport() override;
 
     // Stores a copy of the name and reloads the preview; false when the file
-    // cannot be opened (the preview is then empty).
-    bool setFileName(const char* name);
+    // cannot be opened (the preview is then empty). Importers that need more
+    // from the file extend it.
+    virtual bool setFileName(const char* name);
     bool loadFilePreview();
     // Takes effect at the next loadFilePreview().
     void setMaxPreviewLines(int n);

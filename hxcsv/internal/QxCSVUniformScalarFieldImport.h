@@ -29,7 +29,7 @@ public:
 
     // Also records the file's size, against which the requested byte count
     // is measured.
-    bool setFileName(const char* name);
+    bool setFileName(const char* name) override;
     long long getFileSize() const { return fileSize; }
 
     // Lattice settings, each read from its widget at the moment of the call.
