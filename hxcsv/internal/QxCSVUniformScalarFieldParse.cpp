@@ -58,32 +58,42 @@ void attachLoadCommand(HxData* data, const McString& command)
     data->parameters().insert(parameter, 1);
 }
 
+// Bytes of a lattice, false when they do not fit in 64 bits.
+bool latticeBytes(const int dims[3], int nDataVar, McPrimType type, long long& bytes)
+{
+    bytes = static_cast<long long>(nDataVar) * type.size();
+    for (int a = 0; a < 3; ++a)
+        if (__builtin_mul_overflow(bytes, static_cast<long long>(dims[a]), &bytes))
+            return false;
+    return true;
+}
+
 // A lattice of the dialog's settings, or null (after telling the user) when
-// they name none: an unknown type or variable count, or more bytes than
-// can be held.
+// they name none: a type or variable count that the lists do not offer (a
+// hand-edited replay), or more bytes than can be held.
 HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int typeIndex, const McString& file)
 {
     HxMessage* msg = HxApplication::instance()->message();
     if (nDataVar < 1 || nDataVar > 6 || typeIndex < 0 || typeIndex > 5) {
-        msg->error(QStringLiteral("Cannot import \"%1\": the settings name data type %2 with %3 data variables; "
-                                  "types 0 to 5 with 1 to 6 variables are possible.")
-                       .arg(file.toQString())
-                       .arg(typeIndex)
-                       .arg(nDataVar));
+        msg->error(QStringLiteral("Cannot import \"%1\": the settings select no data type (0 to 5) or no "
+                                  "number of data variables (1 to 6).")
+                       .arg(file.toQString()));
         return nullptr;
     }
+    long long bytes = 0;
     try {
-        return new HxLattice3(McDim3l(dims[0], dims[1], dims[2]), nDataVar, type, C_UNIFORM, nullptr);
+        if (latticeBytes(dims, nDataVar, type, bytes))
+            return new HxLattice3(McDim3l(dims[0], dims[1], dims[2]), nDataVar, type, C_UNIFORM, nullptr);
     } catch (const std::bad_alloc&) {
-        msg->error(QStringLiteral("Cannot import \"%1\": no memory for a %2 x %3 x %4 lattice of %5 x %6.")
-                       .arg(file.toQString())
-                       .arg(dims[0])
-                       .arg(dims[1])
-                       .arg(dims[2])
-                       .arg(nDataVar)
-                       .arg(QLatin1String(type.getName())));
-        return nullptr;
     }
+    msg->error(QStringLiteral("Cannot import \"%1\": no memory for a %2 x %3 x %4 lattice of %5 %6 values a node.")
+                   .arg(file.toQString())
+                   .arg(dims[0])
+                   .arg(dims[1])
+                   .arg(dims[2])
+                   .arg(nDataVar)
+                   .arg(QLatin1String(type.getName())));
+    return nullptr;
 }
 
 } // namespace

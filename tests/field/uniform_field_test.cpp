@@ -167,8 +167,9 @@ TEST_F(UniformField, ValuesWrapIntoTheirType)
     EXPECT_EQ(hxcsv::truncateToInt32(nan), std::numeric_limits<int>::min());
 }
 
-TEST_F(UniformField, UnreadableFileStillGivesAZeroField)
+TEST_F(UniformField, FailuresAreReported)
 {
+    // An unreadable file still gives a field, all zeros.
     QxCSVUniformScalarFieldImport dialog;
     dialog.setFileName(dir.filePath("missing.csv").toLocal8Bit());
     theMsg->clearEntries();
@@ -177,6 +178,16 @@ TEST_F(UniformField, UnreadableFileStillGivesAZeroField)
     EXPECT_EQ(latticeValues(lastField()->lattice()), std::vector<double>(1, 0));
     EXPECT_TRUE(loadCmdOf(*lastField()).startsWith("load -uniform_scalar_field_csv"));
     EXPECT_EQ(messages(HxMessage::Error).size(), 1);
+
+    // Settings no list offers (a hand-edited replay) or too big to hold: an error, no field.
+    for (const char* settings : {"CSVUniformScalarField # 1 , 9 0 1 1 1 0 0 1 1 0 0 1 0 0 0 1 1 1",
+                                 "CSVUniformScalarField # 1 , 5 5 2147483647 2147483647 9 0 0 1 1 0 0 1 0 0 0 1 1 1"}) {
+        QxCSVUniformScalarFieldImport bad;
+        bad.loadSettingsFromLoadCommand(settings);
+        EXPECT_EQ(bad.parseFile(), 0) << settings;
+    }
+    EXPECT_EQ(messages(HxMessage::Error).size(), 3);
+    EXPECT_EQ(HxObjectPool::instance()->objects().size(), 1u);
 }
 
 TEST_F(UniformField, InteractiveSessionWarnsInABox)
