@@ -100,7 +100,7 @@ TEST_F(UniformField, ModeSwitchConvertsVoxelSizeAndMaximum)
     }
 }
 
-TEST_F(UniformField, ReadsAndFillsAsDescribed)
+TEST_F(UniformField, ReadsAndFillsTheLattice)
 {
     const FieldSettings pair{5, 1, {2, 1, 1}}, space{5, 1, {2, 1, 1}, true, " "};
     const QByteArray sevens = QByteArray("7,").repeated(4999) + "12,3";
