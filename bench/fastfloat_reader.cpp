@@ -125,9 +125,14 @@ void readFile(const Options& o, Result& out)
     struct stat st;
     if (fstat(fd, &st) != 0)
         fail(std::string("cannot stat ") + o.file);
-    // Every value takes at least two bytes: reserving once keeps the vector from
-    // moving; pages that are never written cost nothing.
-    out.values.reserve(size_t(st.st_size) / 2 + 1);
+    // Every field takes at least two bytes: reserving once for the most the file
+    // can hold keeps the vectors from moving; pages never written cost nothing.
+    const size_t maxFields = size_t(st.st_size) / 2 + 1;
+    out.values.reserve(maxFields);
+    if (!o.textColumn.empty()) {
+        out.text.reserve(size_t(st.st_size));
+        out.textEnds.reserve(maxFields);
+    }
 
     Reader reader(o, out);
     std::vector<char> buffer(size_t(4) << 20);
