@@ -1,0 +1,318 @@
+#include "QxCSVPointClusterImport.h"
+
+#include <QComboBox>
+#include <cstdlib>
+
+#include "HxCSV.h"
+#include "HxCSVParseParameters.h"
+#include "HxCSVUtils.h"
+#include "HxCluster.h"
+#include "HxMessage.h"
+#include "LoadCommand.h"
+
+namespace {
+
+const char* const coordinateNames[] = {"X", "Y", "Z"};
+const int coordinateCount = 3;
+const int initialValueColumns = 4;
+const int columnTableHeight = 75;
+
+// Stored commands are replayed with their value types taken from index 7.
+// In a command written by setupLoadCommand that is the header flag of the
+// CSVParams block, so a header row turns Value1 into a text column on
+// replay and the other value columns stay "Real".
+const int replayValueTypeArgument = 7;
+// Where getPointClusterParamsFromLoadCommand looks instead.
+const int loadCommandValueTypeArgument = 8;
+
+// strtod's reading of a value column's text. False when the text is not
+// wholly a number; value then holds strtod's partial result (0 for text).
+bool readNumber(const McString& text, float& value)
+{
+    const char* start = text.getString();
+    char* end = nullptr;
+    value = static_cast<float>(std::strtod(start, &end));
+    if (end == start)
+        return false;
+    while (*end == ' ' || *end == '\t')
+        ++end;
+    return *end == '\0';
+}
+
+} // namespace
+
+QxCSVPointClusterImport::QxCSVPointClusterImport(QWidget* parent, Qt::WindowFlags flags)
+    : QxCSVImport(parent, flags)
+{
+    setWindowTitle(tr("Import Point Cloud with Values"));
+    // Row 0: the column pickers; row 1: the value columns' type pickers.
+    tableWidgetColumnIndexes->setRowCount(2);
+    for (const char* name : coordinateNames)
+        addColumn(name, true);
+    for (int i = 0; i < initialValueColumns; ++i)
+        addValuesClicked();
+
+    pushButtonAddValues->show();
+    checkBoxCheckShots->hide();
+    firstLineColumnLabels->show();
+    label->setText(tr("Data Name"));
+    // The blank lines put each caption beside its table row.
+    label_2->setText(tr("Column #: \n\nData Type :"));
+    connect(pushButtonAddValues, &QPushButton::clicked, this, &QxCSVPointClusterImport::addValuesClicked);
+    noLineBreaks->setToolTip(tr("Use this option if one line in the file does not represent one data row\n"
+                                "(i.e. all data is stored in one line of the file)."));
+    tableWidgetColumnIndexes->setFixedHeight(columnTableHeight);
+}
+
+QxCSVPointClusterImport::~QxCSVPointClusterImport()
+{
+    delete params;
+}
+
+QComboBox* QxCSVPointClusterImport::createColumnDataTypePicker()
+{
+    auto* picker = new QComboBox;
+    picker->addItem(tr("Real"));
+    picker->addItem(tr("String"));
+    return picker;
+}
+
+QComboBox* QxCSVPointClusterImport::dataTypePicker(int c) const
+{
+    if (c < firstValueColumn || c >= tableWidgetColumnIndexes->columnCount())
+        return nullptr;
+    return qobject_cast<QComboBox*>(tableWidgetColumnIndexes->cellWidget(1, c));
+}
+
+int QxCSVPointClusterImport::valueColumnCount() const
+{
+    return tableWidgetColumnIndexes->columnCount() - firstValueColumn;
+}
+
+void QxCSVPointClusterImport::addValuesClicked()
+{
+    if (valueColumnCounter > maxValueColumns)
+        return;
+    McString name;
+    name.printf("Value%d", valueColumnCounter++);
+    addColumn(name, false);
+    const int c = columns.size() - 1;
+    // Value columns start unread; the user picks the ones wanted.
+    columnPicker(c)->setCurrentIndex(0);
+
+    QComboBox* type = createColumnDataTypePicker();
+    type->setCurrentIndex(RealValues);
+    columns[c].dataType = RealValues;
+    connect(type, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this, c](int index) { columns[c].dataType = index; });
+    tableWidgetColumnIndexes->setCellWidget(1, c, type);
+    tableWidgetColumnIndexes->resizeRowsToContents();
+    tableWidgetColumnIndexes->setMinimumWidth(tableWidgetColumnIndexes->columnWidth(0) * columns.size() + 1);
+}
+
+McString QxCSVPointClusterImport::getPointClusterParamsFromDialog()
+{
+    QString list;
+    for (int c = firstValueColumn; c < tableWidgetColumnIndexes->columnCount(); ++c)
+        if (const QComboBox* type = dataTypePicker(c))
+            list += QString::asprintf("%d ", type->currentIndex());
+    return McString::fromQString(list.trimmed());
+}
+
+McString QxCSVPointClusterImport::getPointClusterParamsFromLoadCommand(int argc, const char** argv)
+{
+    // With exactly eight arguments index 8 lies past the end: absent.
+    return McString(hxcsv::argumentOrEmpty(argc, argv, loadCommandValueTypeArgument));
+}
+
+void QxCSVPointClusterImport::setParseParameters(HxCSVParseParameters* p)
+{
+    if (p == params)
+        return;
+    delete params;
+    params = p;
+}
+
+void QxCSVPointClusterImport::takeReplayArguments(int argc, const char** argv)
+{
+    setParseParameters(HxCSVUtils::getParseParameters(argc, argv, 0));
+    // A command too short to reach the index gives no value types.
+    valueTypeList = hxcsv::argumentOrEmpty(argc, argv, replayValueTypeArgument);
+}
+
+void QxCSVPointClusterImport::setupLoadCommand()
+{
+    if (!params)
+        return;
+    McString command;
+    command.printf("load -point_cloud_csv \"%s\" %s \"%s\" -dataOnly", params->fileName.getString(),
+                   HxCSVUtils::getLoadCommandString(params).getString(),
+                   getPointClusterParamsFromDialog().getString());
+    hxcsv::attachLoadCommand(createdData, command);
+}
+
+HxCSVParseParameters* QxCSVPointClusterImport::currentParseParameters()
+{
+    if (!params)
+        params = HxCSVUtils::getParseParameters(this);
+    return params;
+}
+
+int QxCSVPointClusterImport::parseFile()
+{
+    HxCSVParseParameters* p = currentParseParameters();
+    if (!coordinatesChosen(*p))
+        return 0;
+    HxCSV csv;
+    configureParser(csv, *p);
+    McDArray<float> xyz[coordinateCount];
+    for (int a = 0; a < coordinateCount; ++a)
+        csv.addColumn((*p->columnIndices)[a], &xyz[a]);
+    applyReplayChoices(*p);
+    McDArray<ValueBinding> data, labels;
+    bindValueColumns(csv, data, labels);
+
+    int result = 0;
+    try {
+        result = csv.parse(radioButtonNumberOfPoints->isChecked(), false);
+    } catch (const CSVException& e) {
+        hxcsv::reportParseError(p->fileName, e);
+        return 0;
+    }
+    createdData = buildCluster(csv, xyz, data, labels);
+    HxData::registerData(createdData, p->fileName.toQString());
+    return result;
+}
+
+void QxCSVPointClusterImport::configureParser(HxCSV& csv, const HxCSVParseParameters& p)
+{
+    csv.setFileName(p.fileName.getString());
+    csv.setCommentMarker(*p.commentMarker);
+    csv.setFirstRowContainsColumnNames(p.firstRowContainsColumnNames);
+    csv.setDataStartLineNum(p.dataStartLineNum);
+    csv.setColumnDelimiter(*p.columnDelimiter);
+    if (radioButtonLineDelimitor->isChecked())
+        csv.setVerticalDelimiter(McString::fromQString(lineEditVerticalDelimiter->text()));
+    csv.setNoLineBreaks(p.noLineBreaks);
+}
+
+// The dialog never lets X, Y or Z go missing; a hand-written replay can.
+bool QxCSVPointClusterImport::coordinatesChosen(const HxCSVParseParameters& p)
+{
+    for (int a = 0; a < coordinateCount; ++a) {
+        if (a >= p.columnIndices->size() || (*p.columnIndices)[a] < 0) {
+            hxcsv::reportImportError(p.fileName, tr("no file column is given for \"%1\"").arg(coordinateNames[a]));
+            return false;
+        }
+    }
+    return true;
+}
+
+// Puts the record's column choices into the pickers and, on a replay, the
+// value types into the type pickers. An interactive record came from the
+// pickers and has no value types, so this changes nothing there.
+void QxCSVPointClusterImport::applyReplayChoices(const HxCSVParseParameters& p)
+{
+    const QStringList types = valueTypeList.toQString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    while (valueColumnCount() < types.size() && valueColumnCounter <= maxValueColumns)
+        addValuesClicked();
+
+    const McDArray<int>& indices = *p.columnIndices;
+    const int tableColumns = tableWidgetColumnIndexes->columnCount();
+    for (int c = tableColumns; c < indices.size(); ++c) {
+        if (indices[c] >= 0) {
+            theMsg->warning(tr("%1: the load command names %2 columns; only the first %3 (X, Y, Z and %4 values) "
+                               "are imported")
+                                .arg(p.fileName.toQString())
+                                .arg(indices.size())
+                                .arg(tableColumns)
+                                .arg(valueColumnCount()));
+            break;
+        }
+    }
+    for (int c = 0; c < tableColumns && c < indices.size(); ++c) {
+        setPhysicalColumnIndex(c, indices[c]);
+        const int v = c - firstValueColumn;
+        if (v >= 0 && v < types.size()) {
+            const long type = std::strtol(types[v].toLatin1().constData(), nullptr, 10);
+            dataTypePicker(c)->setCurrentIndex(type == StringValues ? StringValues : RealValues);
+        }
+    }
+}
+
+// Value columns are read as text whatever their type: "Real" ones are
+// converted per point by the builder, so a stray word does not fail the
+// whole parse.
+void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, McDArray<ValueBinding>& data,
+                                               McDArray<ValueBinding>& labels)
+{
+    for (int c = firstValueColumn; c < tableWidgetColumnIndexes->columnCount(); ++c) {
+        const int file = getPhysicalColumnIndex(c);
+        if (file < 0)
+            continue;
+        const int v = c - firstValueColumn;
+        csv.addColumn(file, &stringColumns[v]);
+        const QComboBox* type = dataTypePicker(c);
+        (type && type->currentIndex() == StringValues ? labels : data).append({v, file});
+    }
+}
+
+HxCluster* QxCSVPointClusterImport::buildCluster(HxCSV& csv, const McDArray<float>* xyz,
+                                                 const McDArray<ValueBinding>& data,
+                                                 const McDArray<ValueBinding>& labels)
+{
+    HxCluster* cluster = HxCluster::createInstance();
+    cluster->setNumDataColumns(data.size(), McPrimType(3));
+    cluster->setNumLabelColumns(labels.size());
+    const int n = xyz[0].size();
+    cluster->resize(n);
+    for (int i = 0; i < n; ++i) {
+        cluster->points[i] = McVec3f(xyz[0][i], xyz[1][i], xyz[2][i]);
+        cluster->ids[i] = i + 1;
+    }
+    const bool named = params && params->firstRowContainsColumnNames;
+    for (int d = 0; d < data.size(); ++d) {
+        fillDataColumn(*cluster, d, data[d]);
+        if (named)
+            cluster->dataColumns[d].name = csv.getColumnName(data[d].fileColumn);
+    }
+    for (int l = 0; l < labels.size(); ++l) {
+        HxCluster::LabelColumn& column = cluster->labelColumns[l];
+        const McDArray<McString>& texts = stringColumns[labels[l].valueColumn];
+        for (int i = 0; i < n && i < column.labels.size() && i < texts.size(); ++i)
+            column.labels[i] = texts[i].toQString();
+        if (named)
+            column.name = csv.getColumnName(labels[l].fileColumn);
+    }
+    cluster->computeBounds();
+    return cluster;
+}
+
+// Text that is not a number becomes 0 (or its leading number); the console
+// says how often that happened and where first, so it is not lost unseen.
+void QxCSVPointClusterImport::fillDataColumn(HxCluster& cluster, int d, const ValueBinding& b)
+{
+    const McDArray<McString>& texts = stringColumns[b.valueColumn];
+    float* values = cluster.dataColumns[d].floatData();
+    const int n = cluster.getNumPoints();
+    int notNumbers = 0;
+    int first = -1;
+    for (int i = 0; i < n && i < texts.size(); ++i) {
+        if (!readNumber(texts[i], values[i]) && notNumbers++ == 0)
+            first = i;
+    }
+    if (notNumbers == 0)
+        return;
+    theMsg->warning(tr("%1: file column %2 holds %3 value(s) that are not numbers, read as 0 or as their leading "
+                       "number (first in data row %4: \"%5\"); choose \"String\" to keep them as text")
+                        .arg(params ? params->fileName.toQString() : QString())
+                        .arg(b.fileColumn + 1)
+                        .arg(notNumbers)
+                        .arg(first + 1)
+                        .arg(texts[first].toQString()));
+}
+
+extern "C" HXCSV_API int hxReadCSVPointCluster(int argc, const char** argv)
+{
+    return hxcsv::readCSV<QxCSVPointClusterImport>(argc, argv);
+}

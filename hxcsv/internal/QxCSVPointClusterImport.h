@@ -1,0 +1,74 @@
+#pragma once
+#include "QxCSVImport.h"
+#include "api.h"
+
+class HxCSV;
+class HxCSVParseParameters;
+class HxCluster;
+class QComboBox;
+
+// Import dialog and builder of point clouds: mandatory X, Y and Z columns
+// and up to ten value columns, each read as numbers ("Real") or as text
+// ("String"). Table column 0-2 are X, Y, Z; 3 and up the value columns, with
+// their type pickers in row 1.
+class HXCSV_API QxCSVPointClusterImport : public QxCSVImport {
+    Q_OBJECT
+
+public:
+    static constexpr int maxValueColumns = 10;
+    static constexpr int firstValueColumn = 3;
+    enum ValueType { RealValues = 0, StringValues = 1 };
+
+    explicit QxCSVPointClusterImport(QWidget* parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags());
+    ~QxCSVPointClusterImport() override;
+
+    QComboBox* createColumnDataTypePicker();
+    // The type picker of a value column (table column c >= 3), or null.
+    QComboBox* dataTypePicker(int c) const;
+    int valueColumnCount() const;
+
+    // The value types of the current dialog state, e.g. "0 1 0 0".
+    McString getPointClusterParamsFromDialog();
+    // The argument at index 8 of a replay command, or "" when there is none.
+    McString getPointClusterParamsFromLoadCommand(int argc, const char** argv);
+
+    // Takes ownership of the record; the older one is deleted.
+    void setParseParameters(HxCSVParseParameters* params);
+    HxCSVParseParameters* parseParameters() const { return params; }
+    // Replay: the parse parameters and value types from a load command.
+    void takeReplayArguments(int argc, const char** argv);
+
+    // Attaches the replay command to the created cluster.
+    void setupLoadCommand();
+    // Parses the file and registers the cluster. 1 on success, 0 after a
+    // parse error (reported on the console; nothing is registered).
+    int parseFile();
+    HxCluster* createdCluster() const { return createdData; }
+
+public slots:
+    void addValuesClicked();
+
+private:
+    struct ValueBinding {
+        int valueColumn; // 0-based among the value columns
+        int fileColumn;
+    };
+
+    HxCSVParseParameters* currentParseParameters();
+    void configureParser(HxCSV& csv, const HxCSVParseParameters& p);
+    bool coordinatesChosen(const HxCSVParseParameters& p);
+    void applyReplayChoices(const HxCSVParseParameters& p);
+    void bindValueColumns(HxCSV& csv, McDArray<ValueBinding>& data, McDArray<ValueBinding>& labels);
+    HxCluster* buildCluster(HxCSV& csv, const McDArray<float>* xyz, const McDArray<ValueBinding>& data,
+                            const McDArray<ValueBinding>& labels);
+    void fillDataColumn(HxCluster& cluster, int d, const ValueBinding& b);
+
+    // Value types to apply on a replay; empty otherwise.
+    McString valueTypeList;
+    int valueColumnCounter = 1;
+    McDArray<McString> stringColumns[maxValueColumns];
+    HxCSVParseParameters* params = nullptr; // owned
+    HxCluster* createdData = nullptr;       // belongs to the host once registered
+};
+
+extern "C" HXCSV_API int hxReadCSVPointCluster(int argc, const char** argv);
