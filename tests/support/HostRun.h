@@ -18,10 +18,13 @@ struct HostRun {
     QJsonArray objects() const { return json.value(QStringLiteral("objects")).toArray(); }
 };
 
-// Runs hxhost with args and no display; adds "--json -" when asked.
-inline HostRun runHxhost(const QStringList& args, bool withJson = true)
+// Runs hxhost with args and no display; adds "--json -" when asked. Relative
+// paths in args are taken from workDir when one is given.
+inline HostRun runHxhost(const QStringList& args, bool withJson = true, const QString& workDir = QString())
 {
     QProcess p;
+    if (!workDir.isEmpty())
+        p.setWorkingDirectory(workDir);
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.remove(QStringLiteral("DISPLAY"));
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
