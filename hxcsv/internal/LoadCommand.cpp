@@ -3,15 +3,18 @@
 #include <cstring>
 
 #include "HxCSV.h"
+#include "HxCSVParseParameters.h"
 #include "HxData.h"
 #include "HxMessage.h"
 #include "HxParameter.h"
+#include "QxCSVImport.h"
 
 namespace hxcsv {
 
 namespace {
 const char replayOption[] = "-dataOnly";
-}
+const char* const coordinateNames[coordinateCount] = {"X", "Y", "Z"};
+} // namespace
 
 bool isReplay(int argc, const char** argv)
 {
@@ -35,14 +38,80 @@ void attachLoadCommand(HxData* data, const McString& command)
     data->parameters().insert(parameter, 1);
 }
 
-void reportParseError(const McString& fileName, const CSVException& e)
+bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount, int& result)
 {
-    reportImportError(fileName, e.message.toQString());
+    try {
+        result = csv.parse(ignoreColumnCount, false);
+        return true;
+    } catch (const CSVException& e) {
+        reportImportError(fileName, e.message.toQString());
+        return false;
+    }
 }
 
 void reportImportError(const McString& fileName, const QString& text)
 {
     theMsg->error(fileName.toQString() + QStringLiteral(": ") + text);
+}
+
+bool coordinatesGiven(const HxCSVParseParameters& p)
+{
+    const McDArray<int>& indices = *p.columnIndices;
+    for (int a = 0; a < coordinateCount; ++a) {
+        if (a >= indices.size() || indices[a] < 0) {
+            reportImportError(p.fileName, QObject::tr("no file column is given for \"%1\"").arg(coordinateNames[a]));
+            return false;
+        }
+    }
+    return true;
+}
+
+void warnUnusedColumns(const HxCSVParseParameters& p, int columnCount)
+{
+    const McDArray<int>& indices = *p.columnIndices;
+    for (int c = columnCount; c < indices.size(); ++c) {
+        if (indices[c] >= 0) {
+            theMsg->warning(QObject::tr("%1: the load command names %2 columns; only the first %3 are imported")
+                                .arg(p.fileName.toQString())
+                                .arg(indices.size())
+                                .arg(columnCount));
+            return;
+        }
+    }
+}
+
+void configureParser(HxCSV& csv, const HxCSVParseParameters& p, const QxCSVImport& dialog, bool useHeaderFlag,
+                     bool noLineBreaks)
+{
+    csv.setFileName(p.fileName.getString());
+    csv.setCommentMarker(*p.commentMarker);
+    // Before the start line, which moves past a header only when the flag is set.
+    if (useHeaderFlag)
+        csv.setFirstRowContainsColumnNames(p.firstRowContainsColumnNames);
+    csv.setDataStartLineNum(p.dataStartLineNum);
+    csv.setColumnDelimiter(*p.columnDelimiter);
+    if (dialog.radioButtonLineDelimitor->isChecked())
+        csv.setVerticalDelimiter(McString::fromQString(dialog.lineEditVerticalDelimiter->text()));
+    csv.setNoLineBreaks(noLineBreaks);
+}
+
+void addCoordinateColumns(QxCSVImport& dialog)
+{
+    for (const char* name : coordinateNames)
+        dialog.addColumn(name, true);
+}
+
+int addValueColumn(QxCSVImport& dialog, int& counter)
+{
+    if (counter > maxValueColumns)
+        return -1;
+    McString name;
+    name.printf("Value%d", counter++);
+    dialog.addColumn(name, false);
+    const int c = dialog.getColumnsCount() - 1;
+    // Value columns start unread; the user picks the ones wanted.
+    dialog.setPhysicalColumnIndex(c, -1);
+    return c;
 }
 
 } // namespace hxcsv

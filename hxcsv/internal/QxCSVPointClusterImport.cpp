@@ -12,8 +12,7 @@
 
 namespace {
 
-const char* const coordinateNames[] = {"X", "Y", "Z"};
-const int coordinateCount = 3;
+using hxcsv::coordinateCount;
 const int initialValueColumns = 4;
 const int columnTableHeight = 75;
 
@@ -47,8 +46,7 @@ QxCSVPointClusterImport::QxCSVPointClusterImport(QWidget* parent, Qt::WindowFlag
     setWindowTitle(tr("Import Point Cloud with Values"));
     // Row 0: the column pickers; row 1: the value columns' type pickers.
     tableWidgetColumnIndexes->setRowCount(2);
-    for (const char* name : coordinateNames)
-        addColumn(name, true);
+    hxcsv::addCoordinateColumns(*this);
     for (int i = 0; i < initialValueColumns; ++i)
         addValuesClicked();
 
@@ -64,10 +62,7 @@ QxCSVPointClusterImport::QxCSVPointClusterImport(QWidget* parent, Qt::WindowFlag
     tableWidgetColumnIndexes->setFixedHeight(columnTableHeight);
 }
 
-QxCSVPointClusterImport::~QxCSVPointClusterImport()
-{
-    delete params;
-}
+QxCSVPointClusterImport::~QxCSVPointClusterImport() = default;
 
 QComboBox* QxCSVPointClusterImport::createColumnDataTypePicker()
 {
@@ -91,15 +86,9 @@ int QxCSVPointClusterImport::valueColumnCount() const
 
 void QxCSVPointClusterImport::addValuesClicked()
 {
-    if (valueColumnCounter > maxValueColumns)
+    const int c = hxcsv::addValueColumn(*this, valueColumnCounter);
+    if (c < 0)
         return;
-    McString name;
-    name.printf("Value%d", valueColumnCounter++);
-    addColumn(name, false);
-    const int c = columns.size() - 1;
-    // Value columns start unread; the user picks the ones wanted.
-    columnPicker(c)->setCurrentIndex(0);
-
     QComboBox* type = createColumnDataTypePicker();
     type->setCurrentIndex(RealValues);
     columns[c].dataType = RealValues;
@@ -127,10 +116,8 @@ McString QxCSVPointClusterImport::getPointClusterParamsFromLoadCommand(int argc,
 
 void QxCSVPointClusterImport::setParseParameters(HxCSVParseParameters* p)
 {
-    if (p == params)
-        return;
-    delete params;
-    params = p;
+    if (p != params.get())
+        params.reset(p);
 }
 
 void QxCSVPointClusterImport::takeReplayArguments(int argc, const char** argv)
@@ -146,7 +133,7 @@ void QxCSVPointClusterImport::setupLoadCommand()
         return;
     McString command;
     command.printf("load -point_cloud_csv \"%s\" %s \"%s\" -dataOnly", params->fileName.getString(),
-                   HxCSVUtils::getLoadCommandString(params).getString(),
+                   HxCSVUtils::getLoadCommandString(params.get()).getString(),
                    getPointClusterParamsFromDialog().getString());
     hxcsv::attachLoadCommand(createdData, command);
 }
@@ -154,17 +141,17 @@ void QxCSVPointClusterImport::setupLoadCommand()
 HxCSVParseParameters* QxCSVPointClusterImport::currentParseParameters()
 {
     if (!params)
-        params = HxCSVUtils::getParseParameters(this);
-    return params;
+        params.reset(HxCSVUtils::getParseParameters(this));
+    return params.get();
 }
 
 int QxCSVPointClusterImport::parseFile()
 {
     HxCSVParseParameters* p = currentParseParameters();
-    if (!coordinatesChosen(*p))
+    if (!hxcsv::coordinatesGiven(*p))
         return 0;
     HxCSV csv;
-    configureParser(csv, *p);
+    hxcsv::configureParser(csv, *p, *this, true, p->noLineBreaks);
     McDArray<float> xyz[coordinateCount];
     for (int a = 0; a < coordinateCount; ++a)
         csv.addColumn((*p->columnIndices)[a], &xyz[a]);
@@ -173,39 +160,11 @@ int QxCSVPointClusterImport::parseFile()
     bindValueColumns(csv, data, labels);
 
     int result = 0;
-    try {
-        result = csv.parse(radioButtonNumberOfPoints->isChecked(), false);
-    } catch (const CSVException& e) {
-        hxcsv::reportParseError(p->fileName, e);
+    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked(), result))
         return 0;
-    }
     createdData = buildCluster(csv, xyz, data, labels);
     HxData::registerData(createdData, p->fileName.toQString());
     return result;
-}
-
-void QxCSVPointClusterImport::configureParser(HxCSV& csv, const HxCSVParseParameters& p)
-{
-    csv.setFileName(p.fileName.getString());
-    csv.setCommentMarker(*p.commentMarker);
-    csv.setFirstRowContainsColumnNames(p.firstRowContainsColumnNames);
-    csv.setDataStartLineNum(p.dataStartLineNum);
-    csv.setColumnDelimiter(*p.columnDelimiter);
-    if (radioButtonLineDelimitor->isChecked())
-        csv.setVerticalDelimiter(McString::fromQString(lineEditVerticalDelimiter->text()));
-    csv.setNoLineBreaks(p.noLineBreaks);
-}
-
-// The dialog never lets X, Y or Z go missing; a hand-written replay can.
-bool QxCSVPointClusterImport::coordinatesChosen(const HxCSVParseParameters& p)
-{
-    for (int a = 0; a < coordinateCount; ++a) {
-        if (a >= p.columnIndices->size() || (*p.columnIndices)[a] < 0) {
-            hxcsv::reportImportError(p.fileName, tr("no file column is given for \"%1\"").arg(coordinateNames[a]));
-            return false;
-        }
-    }
-    return true;
 }
 
 // Puts the record's column choices into the pickers and, on a replay, the
@@ -219,17 +178,7 @@ void QxCSVPointClusterImport::applyReplayChoices(const HxCSVParseParameters& p)
 
     const McDArray<int>& indices = *p.columnIndices;
     const int tableColumns = tableWidgetColumnIndexes->columnCount();
-    for (int c = tableColumns; c < indices.size(); ++c) {
-        if (indices[c] >= 0) {
-            theMsg->warning(tr("%1: the load command names %2 columns; only the first %3 (X, Y, Z and %4 values) "
-                               "are imported")
-                                .arg(p.fileName.toQString())
-                                .arg(indices.size())
-                                .arg(tableColumns)
-                                .arg(valueColumnCount()));
-            break;
-        }
-    }
+    hxcsv::warnUnusedColumns(p, tableColumns);
     for (int c = 0; c < tableColumns && c < indices.size(); ++c) {
         setPhysicalColumnIndex(c, indices[c]);
         const int v = c - firstValueColumn;

@@ -1,9 +1,12 @@
 #pragma once
+#include <memory>
+
+#include "HxCSVParseParameters.h"
+#include "LoadCommand.h"
 #include "QxCSVImport.h"
 #include "api.h"
 
 class HxCSV;
-class HxCSVParseParameters;
 class HxCluster;
 class QComboBox;
 
@@ -15,8 +18,8 @@ class HXCSV_API QxCSVPointClusterImport : public QxCSVImport {
     Q_OBJECT
 
 public:
-    static constexpr int maxValueColumns = 10;
-    static constexpr int firstValueColumn = 3;
+    static constexpr int maxValueColumns = hxcsv::maxValueColumns;
+    static constexpr int firstValueColumn = hxcsv::coordinateCount;
     enum ValueType { RealValues = 0, StringValues = 1 };
 
     explicit QxCSVPointClusterImport(QWidget* parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags());
@@ -34,7 +37,7 @@ public:
 
     // Takes ownership of the record; the older one is deleted.
     void setParseParameters(HxCSVParseParameters* params);
-    HxCSVParseParameters* parseParameters() const { return params; }
+    HxCSVParseParameters* parseParameters() const { return params.get(); }
     // Replay: the parse parameters and value types from a load command.
     void takeReplayArguments(int argc, const char** argv);
 
@@ -55,8 +58,6 @@ private:
     };
 
     HxCSVParseParameters* currentParseParameters();
-    void configureParser(HxCSV& csv, const HxCSVParseParameters& p);
-    bool coordinatesChosen(const HxCSVParseParameters& p);
     void applyReplayChoices(const HxCSVParseParameters& p);
     void bindValueColumns(HxCSV& csv, McDArray<ValueBinding>& data, McDArray<ValueBinding>& labels);
     HxCluster* buildCluster(HxCSV& csv, const McDArray<float>* xyz, const McDArray<ValueBinding>& data,
@@ -67,7 +68,7 @@ private:
     McString valueTypeList;
     int valueColumnCounter = 1;
     McDArray<McString> stringColumns[maxValueColumns];
-    HxCSVParseParameters* params = nullptr; // owned
+    std::unique_ptr<HxCSVParseParameters> params;
     HxCluster* createdData = nullptr;       // belongs to the host once registered
 };
 
