@@ -2,6 +2,7 @@
 // Helpers for the importer tests: files, reader calls as hxhost makes them,
 // dialogs driven while they run modally, and objects as hxhost's JSON.
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -11,43 +12,53 @@
 #include <QtTest/QTest>
 #include <cstdio>
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 #include "CommandLine.h"
+#include "HostRun.h"
 #include "HxData.h"
 #include "HxMessage.h"
 #include "HxParameter.h"
 #include "JsonWriter.h"
 
-using ReaderEntry = int (*)(int, const char**);
-
-// Writes files into a folder that lives as long as the object.
-class CsvFiles {
-public:
+// Every test starts with an empty object pool and console.
+class ImportTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        HxObjectPool::instance()->clear();
+        theMsg->clearEntries();
+    }
     QString write(const QString& name, const QByteArray& content)
     {
-        const QString path = dir.filePath(name);
-        QFile f(path);
+        QFile f(dir.filePath(name));
         f.open(QIODevice::WriteOnly);
         f.write(content);
-        return path;
+        return f.fileName();
     }
-
-private:
     QTemporaryDir dir;
 };
 
-// Calls entry with the words of "load -OPTION FILE ARGS..." as hxhost does.
-inline int callReader(ReaderEntry entry, const QString& command)
-{
+// The words after "load -OPTION" of a command line, split as hxhost does.
+struct Args {
+    explicit Args(const QString& command)
+    {
+        std::string error;
+        hxhost::splitCommandLine(command.toStdString(), words, error);
+        for (size_t i = 2; i < words.size(); ++i)
+            argv.push_back(words[i].c_str());
+    }
+    int argc() const { return static_cast<int>(argv.size()); }
     std::vector<std::string> words;
-    std::string error;
-    hxhost::splitCommandLine(command.toStdString(), words, error);
     std::vector<const char*> argv;
-    for (size_t i = 2; i < words.size(); ++i)
-        argv.push_back(words[i].c_str());
-    return entry(static_cast<int>(argv.size()), argv.data());
+};
+
+inline int callReader(int (*entry)(int, const char**), const QString& command)
+{
+    Args a(command);
+    return entry(a.argc(), a.argv.data());
 }
 
 // Runs body; when a modal dialog of type D opens meanwhile, hands it to act
@@ -57,18 +68,39 @@ bool driveDialog(const std::function<void(D&)>& act, const std::function<void()>
 {
     bool opened = false;
     QTimer timer;
-    timer.setInterval(5);
     QObject::connect(&timer, &QTimer::timeout, [&] {
         auto* dialog = qobject_cast<D*>(QApplication::activeModalWidget());
-        if (!dialog || !dialog->isVisible())
-            return;
-        timer.stop();
-        opened = true;
-        act(*dialog);
+        if (dialog && dialog->isVisible()) {
+            timer.stop();
+            opened = true;
+            act(*dialog);
+        }
     });
-    timer.start();
+    timer.start(5);
     body();
     return opened;
+}
+
+// Runs body in the repository root, where the examples script's paths hold.
+inline void inSourceDir(const std::function<void()>& body)
+{
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(HX_SOURCE_DIR);
+    body();
+    QDir::setCurrent(before);
+}
+
+inline QStringList exampleScriptLines()
+{
+    QFile f(HX_SOURCE_DIR "/examples/examples.hx");
+    f.open(QIODevice::ReadOnly);
+    return QString::fromLatin1(f.readAll()).split('\n');
+}
+
+inline HxData* lastObject()
+{
+    const auto& objects = HxObjectPool::instance()->objects();
+    return objects.empty() ? nullptr : objects.back();
 }
 
 inline QString loadCommandOf(const HxData* data)
@@ -91,13 +123,19 @@ inline QJsonObject jsonOf(HxData* data)
     return QJsonDocument::fromJson(text).object().value("objects").toArray()[0].toObject();
 }
 
-inline int objectCount()
+// Expects the last object's LoadCmd to be a line of the examples script that
+// hxhost, run in the repository root, replays to the same object. Returns
+// the replayed object's own LoadCmd.
+inline QString expectExampleReplaysToTheSameObject()
 {
-    return static_cast<int>(HxObjectPool::instance()->objects().size());
-}
-
-inline HxData* lastObject()
-{
-    const auto& objects = HxObjectPool::instance()->objects();
-    return objects.empty() ? nullptr : objects.back();
+    QJsonObject imported = jsonOf(lastObject());
+    const QString command = loadCommandOf(lastObject());
+    EXPECT_TRUE(exampleScriptLines().contains(command)) << command.toStdString();
+    HostRun r = runHxhost({"-c", command}, true, HX_SOURCE_DIR);
+    EXPECT_EQ(r.exitCode, 0) << r.err.constData();
+    QJsonObject replayed = r.objects()[0].toObject();
+    const QString again = replayed.take("parameters").toObject().value("LoadCmd").toString();
+    imported.remove("parameters");
+    EXPECT_EQ(replayed, imported);
+    return again;
 }

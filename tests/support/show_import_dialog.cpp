@@ -1,8 +1,9 @@
 // Shows an import dialog in a real window for a few seconds, for
 // screenshots (tools/screenshot-dialog.sh). Usage:
-//   show_import_dialog FILE [--importer point_cloud] [--field SETTINGS]
-//                      [--all] [--seconds N] [--delimiter ENTRY] [--header]
-//                      [--pick C=E] [--text C] [COLUMN...]
+//   show_import_dialog FILE [--importer point_cloud|line_set]
+//                      [--field SETTINGS] [--all] [--seconds N]
+//                      [--delimiter ENTRY] [--header] [--pick C=E] [--text C]
+//                      [--line-delimiter TEXT] [COLUMN...]
 // It prints its window geometry (WxH+X+Y) once it is on screen.
 // Without --importer or --field it shows the generic dialog with the COLUMN
 // names given (names ending in '*' are mandatory); --all also shows the
@@ -10,8 +11,9 @@
 // dialog set up from a "CSVUniformScalarField ..." settings text.
 // --delimiter chooses an entry of the delimiter list, --header ticks the
 // header box, --pick sets the picker of logical column C to entry E (a file
-// column counted from 1) and --text makes the value column C of a point
-// cloud dialog a "String" column.
+// column counted from 1), --text makes the value column C of a point cloud
+// dialog a "String" column and --line-delimiter chooses a line set
+// dialog's delimiter mode and text.
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
@@ -20,6 +22,7 @@
 #include <memory>
 
 #include "QxCSVImport.h"
+#include "QxCSVLineSetImport.h"
 #include "QxCSVPointClusterImport.h"
 #include "QxCSVUniformScalarFieldImport.h"
 
@@ -38,6 +41,8 @@ std::unique_ptr<QxCSVImport> createDialog(const QStringList& args)
     const QString kind = valueOf(args, "--importer");
     if (kind == "point_cloud")
         return std::make_unique<QxCSVPointClusterImport>();
+    if (kind == "line_set")
+        return std::make_unique<QxCSVLineSetImport>();
     return std::make_unique<QxCSVImport>();
 }
 
@@ -76,6 +81,9 @@ void applyOption(QxCSVImport& dialog, const QString& option, const QString& valu
         if (auto* cloud = qobject_cast<QxCSVPointClusterImport*>(&dialog))
             if (QComboBox* type = cloud->dataTypePicker(value.toInt()))
                 type->setCurrentIndex(QxCSVPointClusterImport::StringValues);
+    } else if (option == "--line-delimiter") {
+        dialog.radioButtonLineDelimitor->setChecked(true);
+        dialog.lineEditVerticalDelimiter->setText(value);
     }
 }
 
@@ -86,14 +94,16 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const QStringList args = app.arguments().mid(1);
     if (args.isEmpty()) {
-        std::fprintf(stderr, "usage: show_import_dialog FILE [--importer point_cloud] [--field SETTINGS] [--all] "
-                             "[--seconds N] [--delimiter ENTRY] [--header] [--pick C=E] [--text C] [COLUMN...]\n");
+        std::fprintf(stderr, "usage: show_import_dialog FILE [--importer point_cloud|line_set] [--field SETTINGS] "
+                             "[--all] [--seconds N] [--delimiter ENTRY] [--header] [--pick C=E] [--text C] "
+                             "[--line-delimiter TEXT] [COLUMN...]\n");
         return 2;
     }
     std::unique_ptr<QxCSVImport> dialog = createDialog(args);
     dialog->setFileName(QFile::encodeName(args[0]).constData());
     int seconds = 5;
-    const QStringList withValue = {"--importer", "--field", "--seconds", "--delimiter", "--pick", "--text"};
+    const QStringList withValue = {"--importer", "--field",  "--seconds",       "--delimiter",
+                                   "--pick",     "--text",   "--line-delimiter"};
     for (int i = 1; i < args.size(); ++i) {
         if (args[i] == "--all") {
             for (QWidget* w : dialog->findChildren<QWidget*>())
