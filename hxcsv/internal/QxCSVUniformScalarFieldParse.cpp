@@ -11,6 +11,7 @@
 #include "HxMessage.h"
 #include "LatticeValueConversion.h"
 #include "LineInput.h"
+#include "LoadCommand.h"
 #include "QxCSVUniformScalarFieldImport.h"
 
 namespace {
@@ -46,16 +47,6 @@ HxRegField3* createField(int nDataVar, HxLattice3* lattice)
     case 6: return new HxUniformComplexVectorField3(lattice);
     default: return nullptr;
     }
-}
-
-// Attaches the replay command to a new data object; the host keeps it with
-// the object and shows it (flags 1 and 2).
-void attachLoadCommand(HxData* data, const McString& command)
-{
-    auto* parameter = new HxParameter(QStringLiteral("LoadCmd"), command.toQString(), 0);
-    parameter->setFlag(1, true);
-    parameter->setFlag(2, true);
-    data->parameters().insert(parameter, 1);
 }
 
 // Bytes of a lattice, false when they do not fit in 64 bits.
@@ -117,7 +108,7 @@ int QxCSVUniformScalarFieldImport::parseFile()
 
     HxRegField3* field = createField(nDataVar, lattice.release());
     HxData::registerData(field, file.toQString());
-    attachLoadCommand(field, getLoadCommandFromDialog());
+    hxcsv::attachLoadCommand(field, getLoadCommandFromDialog());
     return 1;
 }
 

@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "HxMessage.h"
+#include "LoadCommand.h"
 #include "QxCSVUniformScalarFieldImport.h"
 #include "QxLineEdit.h"
 
@@ -158,7 +159,7 @@ int hxReadCSVUniformScalarField(int argc, const char** argv)
         return 0;
     }
     const McString fileName(argv[0] ? argv[0] : "");
-    const bool replay = argv[argc - 1] && std::strcmp(argv[argc - 1], "-dataOnly") == 0;
+    const bool replay = hxcsv::isReplay(argc, argv);
 
     std::unique_ptr<QxCSVUniformScalarFieldImport> dialog(new QxCSVUniformScalarFieldImport(nullptr));
     dialog->setFileName(fileName.getString());

@@ -102,8 +102,8 @@ int main(int argc, char** argv)
     std::unique_ptr<QxCSVImport> dialog = createDialog(args);
     dialog->setFileName(QFile::encodeName(args[0]).constData());
     int seconds = 5;
-    const QStringList withValue = {"--importer", "--field",  "--seconds",       "--delimiter",
-                                   "--pick",     "--text",   "--line-delimiter"};
+    const QStringList withValue = {"--importer", "--field", "--seconds", "--delimiter",
+                                   "--pick", "--text", "--line-delimiter"};
     for (int i = 1; i < args.size(); ++i) {
         if (args[i] == "--all") {
             for (QWidget* w : dialog->findChildren<QWidget*>())
