@@ -13,7 +13,6 @@
 #include <QDialog>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "HxMessage.h"
