@@ -1,0 +1,220 @@
+// Conversions from bytes that give what QString and strtod give. fast_float
+// does the arithmetic (correctly rounded, like the double-conversion code
+// inside Qt and like glibc); the rules around it are the libraries' own.
+#include "HxCSVNumbers.h"
+
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+#include <fast_float/fast_float.h>
+
+namespace {
+
+bool isDigit(char c)
+{
+    return static_cast<unsigned char>(c - '0') < 10;
+}
+
+// QChar::isSpace over Latin-1: the C controls \t to \r, the blank, NEL and
+// the no-break space.
+bool isQtSpace(char c)
+{
+    const unsigned char u = static_cast<unsigned char>(c);
+    return (u >= 9 && u <= 13) || u == ' ' || u == 0x85 || u == 0xA0;
+}
+
+// A text as Qt sees it: trimmed of its white space at both ends, then an
+// optional sign and what follows it.
+struct QtNumberText {
+    QtNumberText(const char* text, size_t length) : begin(text), end(text + length)
+    {
+        while (begin < end && isQtSpace(*begin))
+            ++begin;
+        while (end > begin && isQtSpace(end[-1]))
+            --end;
+        negative = begin < end && *begin == '-';
+        afterSign = (begin < end && (*begin == '+' || negative)) ? begin + 1 : begin;
+    }
+
+    const char* begin;
+    const char* end;
+    bool negative;
+    const char* afterSign;
+};
+
+// Qt lowercases A-Z before it compares the special words.
+bool equalsIgnoringCase(const char* begin, const char* end, const char* word)
+{
+    for (; begin < end; ++begin, ++word) {
+        char c = *begin;
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+        if (*word == '\0' || c != *word)
+            return false;
+    }
+    return *word == '\0';
+}
+
+// The only words Qt's toDouble takes; "-nan", "infinity" and the like fail.
+double qtSpecialWord(const char* begin, const char* end, bool& ok)
+{
+    ok = true;
+    if (equalsIgnoringCase(begin, end, "nan"))
+        return std::numeric_limits<double>::quiet_NaN();
+    if (equalsIgnoringCase(begin, end, "inf") || equalsIgnoringCase(begin, end, "+inf"))
+        return std::numeric_limits<double>::infinity();
+    if (equalsIgnoringCase(begin, end, "-inf"))
+        return -std::numeric_limits<double>::infinity();
+    ok = false;
+    return 0.0;
+}
+
+// Qt calls a zero result an underflow when a digit 1-9 comes before the
+// exponent: the text meant a number that is not zero.
+bool meantNonZero(const char* begin, const char* end)
+{
+    for (const char* p = begin; p < end && *p != 'e' && *p != 'E'; ++p)
+        if (*p >= '1' && *p <= '9')
+            return true;
+    return false;
+}
+
+// The unsigned decimal [digits][.digits][e[sign]digits] filling all of
+// [begin, end), as fast_float reads it; false for anything else.
+bool parseUnsignedDecimal(const char* begin, const char* end, double& value)
+{
+    if (begin == end || !(isDigit(*begin) || *begin == '.'))
+        return false; // no sign again, and no words
+    const fast_float::from_chars_result result = fast_float::from_chars(begin, end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+bool decimalPointIsDot()
+{
+    const char* point = std::localeconv()->decimal_point;
+    return point[0] == '.' && point[1] == '\0';
+}
+
+bool isCSpace(char c)
+{
+    return c == ' ' || static_cast<unsigned char>(c - '\t') < 5;
+}
+
+// The end of the longest decimal number that strtod takes at p (after the
+// sign), or p when there is none.
+const char* decimalPrefixEnd(const char* p)
+{
+    const char* q = p;
+    while (isDigit(*q))
+        ++q;
+    bool anyDigit = q != p;
+    if (*q == '.') {
+        const char* fraction = ++q;
+        while (isDigit(*q))
+            ++q;
+        anyDigit = anyDigit || q != fraction;
+    }
+    if (!anyDigit)
+        return p;
+    if (*q == 'e' || *q == 'E') {
+        const char* exponent = q + 1;
+        if (*exponent == '+' || *exponent == '-')
+            ++exponent;
+        if (isDigit(*exponent)) {
+            while (isDigit(*exponent))
+                ++exponent;
+            q = exponent; // an exponent without digits is not part of the number
+        }
+    }
+    return q;
+}
+
+} // namespace
+
+namespace HxCSVNumbers {
+
+double toDouble(const char* text, size_t length, bool& ok)
+{
+    const QtNumberText t(text, length);
+    ok = false;
+    if (t.begin == t.end)
+        return 0.0;
+    if (t.afterSign == t.end || !(isDigit(*t.afterSign) || *t.afterSign == '.'))
+        return qtSpecialWord(t.begin, t.end, ok);
+    double value = 0.0;
+    if (!parseUnsignedDecimal(t.afterSign, t.end, value))
+        return 0.0;
+    if (std::isinf(value)) // overflow: Qt keeps the infinity but fails
+        return t.negative ? -value : value;
+    if (value == 0.0 && meantNonZero(t.afterSign, t.end))
+        return 0.0;
+    ok = true;
+    return t.negative ? -value : value;
+}
+
+float toFloat(const char* text, size_t length, bool& ok)
+{
+    const double value = toDouble(text, length, ok);
+    if (std::isinf(value))
+        return static_cast<float>(value);
+    if (std::fabs(value) > std::numeric_limits<float>::max()) {
+        ok = false;
+        return value < 0 ? -std::numeric_limits<float>::infinity() : std::numeric_limits<float>::infinity();
+    }
+    if (value != 0.0 && static_cast<float>(value) == 0.0f) {
+        ok = false;
+        return 0.0f;
+    }
+    return static_cast<float>(value);
+}
+
+int toInt(const char* text, size_t length, bool& ok)
+{
+    const QtNumberText t(text, length);
+    ok = false;
+    if (t.afterSign == t.end)
+        return 0;
+    const uint64_t limit = t.negative ? 2147483648u : 2147483647u;
+    uint64_t magnitude = 0;
+    for (const char* p = t.afterSign; p < t.end; ++p) {
+        if (!isDigit(*p))
+            return 0;
+        magnitude = magnitude * 10 + static_cast<uint64_t>(*p - '0');
+        if (magnitude > limit)
+            return 0; // also stops the sum long before it could wrap
+    }
+    ok = true;
+    return t.negative ? static_cast<int>(-static_cast<int64_t>(magnitude)) : static_cast<int>(magnitude);
+}
+
+double strtod(const char* text, char** end)
+{
+    const char* p = text;
+    while (isCSpace(*p))
+        ++p;
+    // Locale white space and decimal points are the C library's business.
+    if (static_cast<unsigned char>(*p) >= 0x80 || !decimalPointIsDot())
+        return std::strtod(text, end);
+    const bool negative = *p == '-';
+    const char* digits = (*p == '+' || negative) ? p + 1 : p;
+    // So are hexadecimal numbers, "inf" and "nan(...)": rare in files.
+    const char c = *digits;
+    if ((c == '0' && (digits[1] == 'x' || digits[1] == 'X')) || c == 'i' || c == 'I' || c == 'n' || c == 'N')
+        return std::strtod(text, end);
+    const char* numberEnd = decimalPrefixEnd(digits);
+    if (numberEnd == digits) { // no number at all: nothing is read
+        if (end)
+            *end = const_cast<char*>(text);
+        return 0.0;
+    }
+    double value = 0.0;
+    fast_float::from_chars(digits, numberEnd, value);
+    if (end)
+        *end = const_cast<char*>(numberEnd);
+    return negative ? -value : value;
+}
+
+} // namespace HxCSVNumbers

@@ -1,0 +1,38 @@
+#pragma once
+#include <cstddef>
+
+#include "api.h"
+
+// Number conversion straight from Latin-1 bytes, with exactly the results of
+// the library calls that the importers were written against, so that no file
+// reads differently when a QString or a C library call per value is too slow.
+//
+// Every function takes the text as [text, text + length); embedded NUL bytes
+// are ordinary (non-number) characters, as in a QString made with
+// QString::fromLatin1(text, length).
+namespace HxCSVNumbers {
+
+// QString::toDouble(&ok) on QString::fromLatin1(text, length): white space
+// (Qt's, Latin-1 included) around the number, a sign, decimal digits with an
+// optional point and exponent; "nan", "inf", "+inf", "-inf" in any case.
+// Fails on anything else, giving 0; on overflow gives ±inf with ok false; a
+// non-zero number that rounds to 0 fails with 0.
+HXCSV_API double toDouble(const char* text, size_t length, bool& ok);
+
+// QString::toFloat(&ok): the double above, narrowed. A finite double beyond
+// the float range gives ±inf with ok false; a non-zero one that narrows to 0
+// gives 0 with ok false. The narrowing rounds the already rounded double, as
+// Qt does, which is not always the float nearest to the decimal text.
+HXCSV_API float toFloat(const char* text, size_t length, bool& ok);
+
+// QString::toInt(&ok, 10): white space around an optional sign and decimal
+// digits; 0 and ok false for anything else or a value outside int.
+HXCSV_API int toInt(const char* text, size_t length, bool& ok);
+
+// std::strtod on a NUL-terminated text: the longest prefix that is a number,
+// its end in *end (text itself when there is none, then 0). Spellings other
+// than plain decimal ones, and locales whose decimal point is not '.', go to
+// the C library itself; errno is set only then.
+HXCSV_API double strtod(const char* text, char** end);
+
+} // namespace HxCSVNumbers
