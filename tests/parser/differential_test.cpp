@@ -259,8 +259,15 @@ public:
         s.noLineBreaks = pick(3) == 0;
         s.plainLines = pick(6) == 0;
         s.ignoreColumnCount = pick(4) == 0;
-        for (int i = pick(4) ? 1 + pick(5) : pick(8); i > 0; --i)
-            s.bindings.push_back({pick(7), pick(8) - 1, pick(3), typeCodes[pick(6)], pick(2)});
+        // A raw buffer keeps one element type: bound twice with two sizes,
+        // the later size would be the one allocated.
+        const int rawTypes[2] = {typeCodes[pick(6)], typeCodes[pick(6)]};
+        for (int i = pick(4) ? 1 + pick(5) : pick(8); i > 0; --i) {
+            Binding b{pick(7), pick(8) - 1, pick(3), typeCodes[pick(6)], pick(2)};
+            if (b.kind == Raw)
+                b.type = rawTypes[b.target];
+            s.bindings.push_back(b);
+        }
         return s;
     }
 

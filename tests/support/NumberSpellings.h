@@ -184,8 +184,8 @@ private:
                                         4294967296LL, std::numeric_limits<int64_t>::max(),
                                         std::numeric_limits<int64_t>::min()};
         int64_t v = pick(2) ? edges[pick(9)] : static_cast<int64_t>(rng()) >> pick(63);
-        if (pick(2) && v != std::numeric_limits<int64_t>::min())
-            v += pick(5) - 2;
+        if (pick(2)) // past the edges too: wraps around at the ends of int64
+            v = static_cast<int64_t>(static_cast<uint64_t>(v) + static_cast<uint64_t>(pick(5) - 2));
         std::string s = std::to_string(v);
         if (pick(4) == 0)
             s.insert(s[0] == '-' ? 1 : 0, std::string(1 + pick(20), '0'));
