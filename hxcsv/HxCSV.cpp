@@ -1,11 +1,11 @@
 // HxCSV settings, the header line and the two-pass parse driver.
 #include "HxCSV.h"
 
+#include "HxCSVInput.h"
+
 #include <cstring>
 #include <memory>
 #include <string>
-
-#include "LineInput.h"
 
 namespace {
 
@@ -14,13 +14,24 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
-using hxcsv::fgetline;
+// One physical line without its line end, as fgets reads it: at most
+// size - 1 bytes, so a longer line comes back in pieces. NUL ends the text.
+// False at end of file.
+bool fgetline(HxCSVInput& input, char* buffer, int size)
+{
+    if (!input.getPiece(buffer, size))
+        return false;
+    size_t n = std::strlen(buffer);
+    while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n'))
+        buffer[--n] = '\0';
+    return true;
+}
 
-void skipLines(FILE* file, long long n)
+void skipLines(HxCSVInput& input, long long n)
 {
     char line[HxCSV::lineBufferSize];
     for (long long i = 0; i < n; ++i)
-        if (!fgetline(line, sizeof line, file))
+        if (!fgetline(input, line, sizeof line))
             return;
 }
 
@@ -136,73 +147,81 @@ FILE* HxCSV::openFile(const char* name)
     return file;
 }
 
+// Two passes: the first counts the records, so that every array is sized
+// once, the second fills them.
 int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
 {
     verticalDelimiterRows.clear();
     const char* name = fileName ? fileName->getString() : "";
     FilePtr file(openFile(name));
-    if (firstRowContainsColumnNames)
-        readHeader(file.get());
-    skipLines(file.get(), dataStartLineNum - 1LL);
-    const int count = plainLines ? countPlainLines(file.get()) : countRecords(file.get());
-
+    int count = 0;
+    {
+        HxCSVInput input(file.get());
+        if (firstRowContainsColumnNames)
+            readHeader(input);
+        skipLines(input, dataStartLineNum - 1LL);
+        count = plainLines ? countPlainLines(input) : countRecords(input);
+    }
     file.reset();
     file.reset(openFile(name));
-    skipLines(file.get(), dataStartLineNum - 1LL);
+    HxCSVInput input(file.get());
+    skipLines(input, dataStartLineNum - 1LL);
     resizeDataStorage(count);
-    readRows(file.get(), count, ignoreColumnCount, plainLines);
+    readRows(input, count, ignoreColumnCount, plainLines);
     return 1;
 }
 
 // The header is split at the delimiter's first character, empty names
 // included, even where data rows are split differently.
-void HxCSV::readHeader(FILE* file)
+void HxCSV::readHeader(HxCSVInput& input)
 {
     char line[lineBufferSize];
     columnNames.clear();
-    if (fgetline(line, sizeof line, file)) {
+    if (fgetline(input, line, sizeof line)) {
         McString(cleanHeaderLine(line).c_str()).explode((*columnDelimiter)[0], columnNames);
         for (McString& name : columnNames)
             name = trimBlanks(name);
     }
-    std::rewind(file);
+    input.rewind();
 }
 
 // Both passes start from a fresh reader state so that they see the same
 // records; a re-join made while counting is made again while reading.
-void HxCSV::resetRecordState()
+void HxCSV::resetRecordState(bool counting)
 {
     joinedRecordCount = 0;
     recordContinued = false;
+    fieldsOfRecordRead = false;
+    prepareRecordSyntax(counting);
 }
 
-int HxCSV::countRecords(FILE* file)
+int HxCSV::countRecords(HxCSVInput& input)
 {
-    resetRecordState();
+    resetRecordState(true);
     char record[lineBufferSize];
     int count = 0;
-    while (csvGetLine(record, sizeof record, file, count) != -1) {
+    while (readRecord(input, record, count) != -1) {
     }
     return count;
 }
 
 // Blank lines count here; comment and delimiter lines are recognised by the
 // whole marker, ignoring case.
-int HxCSV::countPlainLines(FILE* file)
+int HxCSV::countPlainLines(HxCSVInput& input)
 {
     char line[lineBufferSize];
     int count = 0;
-    while (std::fgets(line, sizeof line, file))
+    while (input.getPiece(line, sizeof line))
         if (!startsWithNoCase(line, *commentMarker) && !startsWithNoCase(line, *verticalDelimiter))
             ++count;
     return count;
 }
 
-bool HxCSV::readOneRecord(FILE* file, char* buffer, bool plainLines, int& recordsRead)
+bool HxCSV::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
 {
     if (plainLines)
-        return fgetline(buffer, lineBufferSize, file) != 0;
-    return csvGetLine(buffer, lineBufferSize, file, recordsRead) != -1;
+        return fgetline(input, buffer, lineBufferSize);
+    return readRecord(input, buffer, recordsRead) != -1;
 }
 
 // Only the record's first character is compared with the marker's here.
@@ -211,23 +230,21 @@ bool HxCSV::startsComment(const char* record) const
     return !commentMarker->isEmpty() && record[0] == (*commentMarker)[0];
 }
 
-void HxCSV::readRows(FILE* file, int count, bool ignoreColumnCount, bool plainLines)
+void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
 {
-    resetRecordState();
-    QString marker = commentMarker->toQString();
-    QString breakText = verticalDelimiter->toQString();
+    resetRecordState(false);
     char buffer[lineBufferSize];
     int recordsRead = 0;
     long long lineNumber = dataStartLineNum - 1LL;
     for (int row = 0; row < count;) {
         ++lineNumber;
-        std::memset(buffer, 0, sizeof buffer);
-        if (!readOneRecord(file, buffer, plainLines, recordsRead))
+        if (!readOneRecord(input, buffer, plainLines, recordsRead))
             HxCSV::fail(CSVException::BadValue, "Unexpected end of file (line %lld)", lineNumber);
         if (startsComment(buffer))
             continue;
-        QString record = QString::fromLatin1(buffer);
-        if (processLine(&record, &marker, &breakText, row, ignoreColumnCount) != -2)
+        // A record holds no NUL; a plain line ends at its first.
+        const int length = static_cast<int>(std::strlen(buffer));
+        if (processRecord(buffer, length, row, ignoreColumnCount) != -2)
             ++row;
     }
 }

@@ -1,16 +1,22 @@
 #pragma once
 #include <cstdint>
 #include <cstdio>
+#include <memory>
+#include <tuple>
+#include <vector>
 
-#include <QRegExp>
 #include <QString>
 #include <QStringList>
+
+#include "HxCSVFields.h"
 
 #include "McDArray.h"
 #include "McPrimType.h"
 #include "McString.h"
 #include "McVec3.h"
 #include "api.h"
+
+class HxCSVInput;
 
 // The one error the parser reports. Thrown by value; catch it as a constant
 // reference and show `message` to the user.
@@ -109,7 +115,8 @@ public:
 
     // Splits one record and stores its bound fields at rowIndex. Returns 1
     // for a data row, -2 for a comment or vertical-delimiter line. Rows
-    // outside the storage sized by resizeDataStorage are not written.
+    // outside the storage sized by resizeDataStorage are not written. The
+    // record is Latin-1 text, as read from the file.
     int processLine(QString* record, QString* commentMarker, QString* verticalDelimiter,
                     int rowIndex, bool ignoreColumnCount);
 
@@ -137,29 +144,65 @@ public:
     QStringList splitFields(const QString& record);
 
 private:
+    template <class Source>
     class RecordReader;
+
+    // What the record reader looks for; set up from the settings and
+    // bindings at the start of each reading.
+    struct RecordSyntax {
+        int delimiter = 0;   // first character of the column delimiter, 0 for none
+        int breakChar = 0;   // first character of the vertical delimiter
+        int commentChar = 0; // first character of the comment marker
+        long long lastIndex = 0;
+        bool special[256] = {}; // bytes that a run of plain text stops at
+        bool counting = false;  // the values of the records are not wanted
+        bool fieldsByDelimiter = false; // the delimiter is one character, not the quote
+    };
+
+    // Numbers of the fields of the record split last, each converted once
+    // however many columns and tests ask for it.
+    template <class T>
+    struct Converted {
+        uint64_t split = 0; // the split that value belongs to
+        T value = 0;
+        bool ok = false;
+    };
+    using FieldNumbers = std::tuple<Converted<float>, Converted<double>>;
 
     [[noreturn]] static void fail(CSVException::Error code, const char* format, ...)
         __attribute__((format(printf, 2, 3)));
 
     static FILE* openFile(const char* name);
     long long lastBoundColumnIndex() const;
-    void resetRecordState();
-    void readHeader(FILE* file);
-    int countRecords(FILE* file);
-    int countPlainLines(FILE* file);
-    bool readOneRecord(FILE* file, char* buffer, bool plainLines, int& recordsRead);
+    void prepareRecordSyntax(bool counting);
+    void resetRecordState(bool counting);
+    void readHeader(HxCSVInput& input);
+    int countRecords(HxCSVInput& input);
+    int countPlainLines(HxCSVInput& input);
+    int readRecord(HxCSVInput& input, char* buffer, int& recordCount);
+    bool readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
     bool startsComment(const char* record) const;
-    void readRows(FILE* file, int count, bool ignoreColumnCount, bool plainLines);
-    const QString& pickField(const QStringList& fields, int position, int rowIndex,
-                             bool ignoreColumnCount) const;
-    void storeField(const CSVDataColumn& column, const QString& field, int rowIndex);
+    void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
+    int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
+    int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split);
+    size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
+    void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
+    template <class T>
+    T fieldValue(const char* record, size_t fieldIndex, bool& ok);
+    template <class T>
+    T storedValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>
     T* rawRow(const CSVDataColumn& column, int rowIndex) const;
-    const QRegExp& fieldPattern();
+    const std::vector<HxCSVField>& splitRecord(const char* record, int length);
+    void takeNewFields();
 
-    int storageRows = 0;      // rows sized by resizeDataStorage
-    QString patternDelimiter; // the delimiter fieldPatternCache was built for
-    QRegExp fieldPatternCache;
-    bool patternBuilt = false;
+    int storageRows = 0; // rows sized by resizeDataStorage
+    RecordSyntax syntax;
+    std::unique_ptr<HxCSVFieldSplitter> splitter; // for the delimiter it names
+    std::vector<HxCSVField> fields;               // of the record split last
+    // The record reader leaves the fields of the record that it returned:
+    // it split the record to try its numbers and did not change it after.
+    bool fieldsOfRecordRead = false;
+    std::vector<FieldNumbers> fieldNumbers;
+    uint64_t splitNumber = 0; // splits made so far
 };

@@ -2,36 +2,31 @@
 // one record into a row.
 #include "HxCSV.h"
 
+#include "HxCSVNumbers.h"
+
 #include <algorithm>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
+#include <type_traits>
 
 namespace {
 
-// Qt gives ±inf on overflow and the nearest value on underflow together with
-// a failed flag; a value that did not convert is stored as 0.
-float toFloat(const QString& field, bool& ok)
-{
-    const float value = field.toFloat(&ok);
-    return ok ? value : 0.0f;
-}
-
-double toDouble(const QString& field, bool& ok)
-{
-    const double value = field.toDouble(&ok);
-    return ok ? value : 0.0;
-}
-
 // Only text columns remove the quotes, and only when the field starts with
 // one; the last character goes whatever it is.
-McString textValue(const QString& field)
+McString textValue(const char* text, int length)
 {
-    if (field.startsWith(QLatin1Char('"')))
-        return McString::fromQString(field.mid(1, field.size() - 2));
-    return McString::fromQString(field);
+    if (length > 0 && text[0] == '"')
+        return length == 1 ? McString() : McString(text + 1, length - 2);
+    return McString(text, length);
+}
+
+bool startsWith(const char* record, int length, const McString& marker)
+{
+    return !marker.isEmpty() && length >= marker.length()
+           && std::memcmp(record, marker.getString(), static_cast<size_t>(marker.length())) == 0;
 }
 
 template <class T>
@@ -191,25 +186,61 @@ long long HxCSV::lastBoundColumnIndex() const
     return last;
 }
 
-const QRegExp& HxCSV::fieldPattern()
+const std::vector<HxCSVField>& HxCSV::splitRecord(const char* record, int length)
 {
-    const QString delimiter = columnDelimiter->toQString();
-    if (!patternBuilt || delimiter != patternDelimiter) {
-        // "\s" is taken as the regular-expression class for white space.
-        const QString escaped = delimiter == QLatin1String("\\s") ? delimiter : QRegExp::escape(delimiter);
-        // A run of delimiters, followed by an even number of quotes up to the
-        // end of the record: delimiters inside quotes do not split.
-        fieldPatternCache = QRegExp(escaped + QLatin1String("+(?=(?:[^\"]*\"[^\"]*\")*(?![^\"]*\"))"),
-                                    Qt::CaseSensitive, QRegExp::RegExp);
-        patternDelimiter = delimiter;
-        patternBuilt = true;
+    // The delimiter is a public field: look at it for every record.
+    if (!splitter || !splitter->splitsAt(*columnDelimiter))
+        splitter.reset(new HxCSVFieldSplitter(columnDelimiter->getString()));
+    splitter->split(record, length, fields);
+    takeNewFields();
+    return fields;
+}
+
+// fields holds a new record's: numbers converted so far are not theirs.
+void HxCSV::takeNewFields()
+{
+    ++splitNumber;
+    if (fieldNumbers.size() < fields.size())
+        fieldNumbers.resize(fields.size());
+}
+
+// float or double, as toFloat and toDouble give it.
+template <class T>
+T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
+{
+    Converted<T>& converted = std::get<Converted<T>>(fieldNumbers[fieldIndex]);
+    if (converted.split != splitNumber) {
+        const HxCSVField& field = fields[fieldIndex];
+        const char* text = record + field.begin;
+        const size_t length = static_cast<size_t>(field.length);
+        if constexpr (std::is_same<T, float>::value)
+            converted.value = HxCSVNumbers::toFloat(text, length, converted.ok);
+        else
+            converted.value = HxCSVNumbers::toDouble(text, length, converted.ok);
+        converted.split = splitNumber;
     }
-    return fieldPatternCache;
+    ok = converted.ok;
+    return converted.value;
+}
+
+template float HxCSV::fieldValue<float>(const char*, size_t, bool&);
+template double HxCSV::fieldValue<double>(const char*, size_t, bool&);
+
+// A value that did not convert is stored as 0 (Qt gives ±inf on overflow).
+template <class T>
+T HxCSV::storedValue(const char* record, size_t fieldIndex, bool& ok)
+{
+    const T value = fieldValue<T>(record, fieldIndex, ok);
+    return ok ? value : T(0);
 }
 
 QStringList HxCSV::splitFields(const QString& record)
 {
-    return record.split(fieldPattern(), Qt::SkipEmptyParts);
+    const QByteArray bytes = record.toLatin1();
+    QStringList parts;
+    for (const HxCSVField& field : splitRecord(bytes.constData(), bytes.size()))
+        parts.append(QString::fromLatin1(bytes.constData() + field.begin, field.length));
+    return parts;
 }
 
 int HxCSV::processLine(QString* record, QString* commentMarker, QString* verticalDelimiter,
@@ -221,14 +252,34 @@ int HxCSV::processLine(QString* record, QString* commentMarker, QString* vertica
         verticalDelimiterRows.append(rowIndex); // the index of the next data row
         return -2;
     }
-    const QStringList fields = splitFields(*record);
-    if (!ignoreColumnCount && fields.size() < lastBoundColumnIndex() + 1)
+    const QByteArray bytes = record->toLatin1();
+    return storeRow(bytes.constData(), bytes.size(), rowIndex, ignoreColumnCount, false);
+}
+
+// processLine for the parser's own records and markers, without a QString.
+int HxCSV::processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount)
+{
+    if (startsWith(record, length, *commentMarker))
+        return -2;
+    if (startsWith(record, length, *verticalDelimiter)) {
+        verticalDelimiterRows.append(rowIndex);
+        return -2;
+    }
+    return storeRow(record, length, rowIndex, ignoreColumnCount, fieldsOfRecordRead);
+}
+
+// split: fields already holds the fields of this record.
+int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split)
+{
+    if (!split)
+        splitRecord(record, length);
+    if (!ignoreColumnCount && static_cast<long long>(fields.size()) < lastBoundColumnIndex() + 1)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
     for (int position = 0; position < columns.size(); ++position) {
         const CSVDataColumn& column = columns[position];
         if (column.columnIndex < 0)
             continue;
-        storeField(column, pickField(fields, position, rowIndex, ignoreColumnCount), rowIndex);
+        storeField(column, record, pickField(position, rowIndex, ignoreColumnCount), rowIndex);
     }
     return 1;
 }
@@ -236,14 +287,14 @@ int HxCSV::processLine(QString* record, QString* commentMarker, QString* vertica
 // With ignoreColumnCount a short record feeds its first field to the
 // bindings past its end. A field that still does not exist is reported as
 // a column count error rather than read.
-const QString& HxCSV::pickField(const QStringList& fields, int position, int rowIndex,
-                                bool ignoreColumnCount) const
+size_t HxCSV::pickField(int position, int rowIndex, bool ignoreColumnCount) const
 {
+    const long long count = static_cast<long long>(fields.size());
     const int columnIndex = columns[position].columnIndex;
-    const int index = (ignoreColumnCount && fields.size() <= position) ? 0 : columnIndex;
-    if (index >= fields.size())
+    const int index = (ignoreColumnCount && count <= position) ? 0 : columnIndex;
+    if (index >= count)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
-    return fields[index];
+    return static_cast<size_t>(index);
 }
 
 template <class T>
@@ -256,34 +307,35 @@ T* HxCSV::rawRow(const CSVDataColumn& column, int rowIndex) const
 
 // The value is stored before its conversion is judged, so a failed row keeps
 // 0 where the bad value was.
-void HxCSV::storeField(const CSVDataColumn& column, const QString& field, int rowIndex)
+void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
 {
     bool ok = true;
     switch (column.storageKind) {
     case FloatVectorComponent:
-        storeComponent(column.vec3fData, rowIndex, column.component, toFloat(field, ok));
+        storeComponent(column.vec3fData, rowIndex, column.component, storedValue<float>(record, fieldIndex, ok));
         break;
     case DoubleVectorComponent:
         // Double vectors go through single precision; files rely on it.
         storeComponent(column.vec3dData, rowIndex, column.component,
-                       static_cast<double>(static_cast<float>(toDouble(field, ok))));
+                       static_cast<double>(static_cast<float>(storedValue<double>(record, fieldIndex, ok))));
         break;
     case Float:
-        store(column.floatData, rowIndex, toFloat(field, ok));
+        store(column.floatData, rowIndex, storedValue<float>(record, fieldIndex, ok));
         break;
     case Double:
-        store(column.doubleData, rowIndex, toDouble(field, ok));
+        store(column.doubleData, rowIndex, storedValue<double>(record, fieldIndex, ok));
         break;
     case Text:
-        store(column.stringData, rowIndex, textValue(field));
+        store(column.stringData, rowIndex, textValue(record + fields[fieldIndex].begin, fields[fieldIndex].length));
         break;
     case RawBuffer:
         if (column.primType.getType() == McPrimType::MC_FLOAT) {
-            const float value = toFloat(field, ok);
+            const float value = storedValue<float>(record, fieldIndex, ok);
             if (float* row = rawRow<float>(column, rowIndex))
                 *row = value;
         } else if (column.primType.getType() == McPrimType::MC_INT32) {
-            const int32_t value = field.toInt(&ok, 10);
+            const HxCSVField& field = fields[fieldIndex];
+            const int32_t value = HxCSVNumbers::toInt(record + field.begin, static_cast<size_t>(field.length), ok);
             if (int32_t* row = rawRow<int32_t>(column, rowIndex))
                 *row = value;
         }
@@ -291,6 +343,6 @@ void HxCSV::storeField(const CSVDataColumn& column, const QString& field, int ro
     }
     if (!ok)
         fail(CSVException::BadValue,
-             "Could not convert the column value to a number (line %d, column value %s)", rowIndex,
-             field.toLatin1().constData());
+             "Could not convert the column value to a number (line %d, column value %.*s)", rowIndex,
+             fields[fieldIndex].length, record + fields[fieldIndex].begin);
 }

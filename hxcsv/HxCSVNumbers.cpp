@@ -3,13 +3,13 @@
 // inside Qt and like glibc); the rules around it are the libraries' own.
 #include "HxCSVNumbers.h"
 
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
 
 #include <fast_float/fast_float.h>
+#include <langinfo.h>
 
 namespace {
 
@@ -18,25 +18,39 @@ bool isDigit(char c)
     return static_cast<unsigned char>(c - '0') < 10;
 }
 
-// QChar::isSpace over Latin-1: the C controls \t to \r, the blank, NEL and
-// the no-break space.
-bool isQtSpace(char c)
-{
-    const unsigned char u = static_cast<unsigned char>(c);
-    return (u >= 9 && u <= 13) || u == ' ' || u == 0x85 || u == 0xA0;
-}
+// What a byte is to the conversions, looked up rather than compared.
+enum ByteClass : unsigned char { Other, Digit, Point, Sign, QtSpace };
+
+struct ByteClasses {
+    constexpr ByteClasses() : of()
+    {
+        for (int c = '0'; c <= '9'; ++c)
+            of[c] = Digit;
+        of['.'] = Point;
+        of['+'] = of['-'] = Sign;
+        // QChar::isSpace over Latin-1: \t to \r, the blank, NEL and the
+        // no-break space.
+        for (int c = '\t'; c <= '\r'; ++c)
+            of[c] = QtSpace;
+        of[' '] = of[0x85] = of[0xA0] = QtSpace;
+    }
+    ByteClass operator[](char c) const { return of[static_cast<unsigned char>(c)]; }
+    ByteClass of[256];
+};
+
+constexpr ByteClasses byteClass;
 
 // A text as Qt sees it: trimmed of its white space at both ends, then an
 // optional sign and what follows it.
 struct QtNumberText {
     QtNumberText(const char* text, size_t length) : begin(text), end(text + length)
     {
-        while (begin < end && isQtSpace(*begin))
+        while (begin < end && byteClass[*begin] == QtSpace)
             ++begin;
-        while (end > begin && isQtSpace(end[-1]))
+        while (end > begin && byteClass[end[-1]] == QtSpace)
             --end;
         negative = begin < end && *begin == '-';
-        afterSign = (begin < end && (*begin == '+' || negative)) ? begin + 1 : begin;
+        afterSign = (begin < end && byteClass[*begin] == Sign) ? begin + 1 : begin;
     }
 
     const char* begin;
@@ -94,7 +108,7 @@ bool parseUnsignedDecimal(const char* begin, const char* end, double& value)
 
 bool decimalPointIsDot()
 {
-    const char* point = std::localeconv()->decimal_point;
+    const char* point = nl_langinfo(RADIXCHAR); // cheaper than localeconv()
     return point[0] == '.' && point[1] == '\0';
 }
 
@@ -136,7 +150,9 @@ const char* decimalPrefixEnd(const char* p)
 
 namespace HxCSVNumbers {
 
-double toDouble(const char* text, size_t length, bool& ok)
+// toDouble without the call through the library's exported entry, which
+// toFloat and the exported toDouble share.
+static inline double qtToDouble(const char* text, size_t length, bool& ok)
 {
     const QtNumberText t(text, length);
     ok = false;
@@ -155,9 +171,14 @@ double toDouble(const char* text, size_t length, bool& ok)
     return t.negative ? -value : value;
 }
 
+double toDouble(const char* text, size_t length, bool& ok)
+{
+    return qtToDouble(text, length, ok);
+}
+
 float toFloat(const char* text, size_t length, bool& ok)
 {
-    const double value = toDouble(text, length, ok);
+    const double value = qtToDouble(text, length, ok);
     if (std::isinf(value))
         return static_cast<float>(value);
     if (std::fabs(value) > std::numeric_limits<float>::max()) {
@@ -188,6 +209,26 @@ int toInt(const char* text, size_t length, bool& ok)
     }
     ok = true;
     return t.negative ? static_cast<int>(-static_cast<int64_t>(magnitude)) : static_cast<int>(magnitude);
+}
+
+bool isShortDecimal(const char* text, size_t length)
+{
+    // 32 bytes hold less than 10^32 and no non-zero value below 10^-31,
+    // far inside the float range at both ends.
+    if (length - 1 >= 32) // also 0
+        return false;
+    const char* p = text;
+    const char* end = text + length;
+    if (byteClass[*p] == Sign)
+        ++p;
+    const char* digits = p;
+    int points = 0;
+    for (; p < end; ++p) {
+        const ByteClass c = byteClass[*p];
+        if (c != Digit && (c != Point || ++points > 1))
+            return false;
+    }
+    return end - digits > points; // a digit besides the point
 }
 
 double strtod(const char* text, char** end)

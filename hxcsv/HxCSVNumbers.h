@@ -29,6 +29,12 @@ HXCSV_API float toFloat(const char* text, size_t length, bool& ok);
 // digits; 0 and ok false for anything else or a value outside int.
 HXCSV_API int toInt(const char* text, size_t length, bool& ok);
 
+// True when the text is a short plain decimal (an optional sign, digits with
+// at most one point, nothing else, at most 32 bytes), which toDouble and
+// toFloat always take: it is too short to overflow or underflow either.
+// Tells that a number converts without converting it; false tells nothing.
+HXCSV_API bool isShortDecimal(const char* text, size_t length);
+
 // std::strtod on a NUL-terminated text: the longest prefix that is a number,
 // its end in *end (text itself when there is none, then 0). Spellings other
 // than plain decimal ones, and locales whose decimal point is not '.', go to

@@ -57,6 +57,15 @@ std::string differences(const std::string& s)
     const int qi = q.toInt(&qtOk, 10);
     compare("toInt", static_cast<uint32_t>(i), ok, static_cast<uint32_t>(qi), qtOk);
 
+    // A short decimal is one that both always take.
+    if (HxCSVNumbers::isShortDecimal(s.data(), s.size())) {
+        bool floatOk = false, doubleOk = false;
+        q.toFloat(&floatOk);
+        q.toDouble(&doubleOk);
+        if (!floatOk || !doubleOk)
+            found += "isShortDecimal, but Qt fails; ";
+    }
+
     char* end = nullptr;
     char* cEnd = nullptr;
     const double sd = HxCSVNumbers::strtod(s.c_str(), &end);
@@ -100,6 +109,12 @@ TEST(Numbers, MatchTheLibrariesOnTheRules)
     bool ok = false;
     const char* tie = "1.00000005960464477539062500000000001";
     EXPECT_EQ(HxCSVNumbers::toFloat(tie, std::strlen(tie), ok), 1.0f);
+
+    // The common spellings of a file are known good without a conversion.
+    for (const char* s : {"27.885360", "-0.5", "+7", "1.", ".5", "0000000000000000000000000000.001"})
+        EXPECT_TRUE(HxCSVNumbers::isShortDecimal(s, std::strlen(s))) << s;
+    for (const char* s : {"", "-", ".", "1e5", " 1", "1.2.3", "0x1", "00000000000000000000000000000.001"})
+        EXPECT_FALSE(HxCSVNumbers::isShortDecimal(s, std::strlen(s))) << s;
 }
 
 TEST(Numbers, MatchTheLibrariesOnEveryByte)

@@ -1,0 +1,49 @@
+#pragma once
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <QRegExp>
+
+#include "McString.h"
+
+// One field of a record: where it starts and how many bytes it has.
+struct HxCSVField {
+    int begin;
+    int length;
+};
+
+// Splits a record (Latin-1 bytes) at the column delimiter as the pattern
+//   DELIMITER+(?=(?:[^"]*"[^"]*")*(?![^"]*"))
+// with empty parts skipped does: a run of delimiters splits only where an
+// even number of double quotes follows up to the end of the record, so that
+// quoted stretches keep their delimiters; runs count once and no field is
+// empty. The delimiter is escaped, except "\s", which means white space.
+//
+// A one-character delimiter other than the quote, and "\s", are split by
+// hand; others (none, several characters, the quote itself, whose pattern
+// reads differently) go through the pattern itself.
+class HxCSVFieldSplitter {
+public:
+    explicit HxCSVFieldSplitter(const std::string& delimiter);
+
+    bool splitsAt(const McString& delimiter) const
+    {
+        return delimiterText.size() == static_cast<size_t>(delimiter.length())
+               && std::memcmp(delimiterText.data(), delimiter.getString(), delimiterText.size()) == 0;
+    }
+
+    // Replaces fields by those of [record, record + length).
+    void split(const char* record, int length, std::vector<HxCSVField>& fields) const;
+
+private:
+    void splitByHand(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    void splitWithoutQuotes(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    void splitByPattern(const char* record, int length, std::vector<HxCSVField>& fields) const;
+
+    std::string delimiterText;
+    bool byHand = false;
+    int single = -1; // the delimiter when it is one character
+    bool isDelimiter[256] = {};
+    QRegExp pattern;
+};

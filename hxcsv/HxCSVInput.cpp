@@ -1,0 +1,68 @@
+#include "HxCSVInput.h"
+
+#include <cstring>
+
+#include <sys/stat.h>
+
+namespace {
+
+// A small file needs no more than its own size.
+size_t blockSizeFor(FILE* file, size_t largest)
+{
+    struct stat status;
+    if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode))
+        return largest;
+    const size_t size = static_cast<size_t>(status.st_size) + 1; // to see the end at once
+    return size < largest ? size : largest;
+}
+
+} // namespace
+
+// The block keeps one byte in front of the data read, so that unget() works
+// right after a refill too.
+HxCSVInput::HxCSVInput(FILE* file)
+    : file(file), blockSize(blockSizeFor(file, largestBlock)), block(new char[blockSize + 1]),
+      next(block.get() + 1), end(next)
+{
+}
+
+bool HxCSVInput::refill()
+{
+    char* data = block.get() + 1;
+    if (end > data)
+        data[-1] = end[-1];
+    const size_t n = std::fread(data, 1, blockSize, file);
+    next = data;
+    end = data + n;
+    return n > 0;
+}
+
+bool HxCSVInput::getPiece(char* buffer, int size)
+{
+    int length = 0;
+    while (length < size - 1) {
+        const char* from = available();
+        if (from == end)
+            break;
+        const size_t room = static_cast<size_t>(size - 1 - length);
+        const size_t have = static_cast<size_t>(end - from);
+        const size_t n = have < room ? have : room;
+        const char* lineEnd = static_cast<const char*>(std::memchr(from, '\n', n));
+        const size_t taken = lineEnd ? static_cast<size_t>(lineEnd - from) + 1 : n;
+        std::memcpy(buffer + length, from, taken);
+        length += static_cast<int>(taken);
+        next = from + taken;
+        if (lineEnd)
+            break;
+    }
+    if (length == 0)
+        return false;
+    buffer[length] = '\0';
+    return true;
+}
+
+void HxCSVInput::rewind()
+{
+    std::rewind(file);
+    next = end = block.get() + 1;
+}

@@ -1,0 +1,52 @@
+#pragma once
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+
+// A file read a large block at a time, with the operations of the C stream
+// functions that the parser was written with: a byte at a time with one
+// step back (fgetc, ungetc) and line pieces (fgets). A byte costs a pointer
+// step instead of a library call. The parser's only reader of the file.
+class HxCSVInput {
+public:
+    explicit HxCSVInput(FILE* file);
+
+    // The next byte, or EOF at the end of the file.
+    int get()
+    {
+        if (next == end && !refill())
+            return EOF;
+        return static_cast<unsigned char>(*next++);
+    }
+
+    // Steps back over the byte that the last get() returned.
+    void unget() { --next; }
+
+    // fgets: up to size - 1 bytes, through a line feed, NUL-terminated.
+    // False at the end of the file when nothing was read.
+    bool getPiece(char* buffer, int size);
+
+    // Back to the start of the file.
+    void rewind();
+
+    // The bytes read but not yet taken, for scanning many at once; take
+    // them with skipTo. Empty only at the end of the file.
+    const char* available()
+    {
+        if (next == end)
+            refill();
+        return next;
+    }
+    const char* availableEnd() const { return end; }
+    void skipTo(const char* position) { next = position; }
+
+private:
+    bool refill();
+
+    static constexpr size_t largestBlock = 1 << 20;
+    FILE* file;
+    const size_t blockSize;
+    std::unique_ptr<char[]> block;
+    const char* next;
+    const char* end;
+};
