@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+size_t HxCSVInput::largestBlock = 1 << 20;
+
 namespace {
 
 // A small file needs no more than its own size.
@@ -18,22 +20,17 @@ size_t blockSizeFor(FILE* file, size_t largest)
 
 } // namespace
 
-// The block keeps one byte in front of the data read, so that unget() works
-// right after a refill too.
 HxCSVInput::HxCSVInput(FILE* file)
-    : file(file), blockSize(blockSizeFor(file, largestBlock)), block(new char[blockSize + 1]),
-      next(block.get() + 1), end(next)
+    : file(file), blockSize(blockSizeFor(file, largestBlock)), block(new char[blockSize]), next(block.get()),
+      end(next)
 {
 }
 
 bool HxCSVInput::refill()
 {
-    char* data = block.get() + 1;
-    if (end > data)
-        data[-1] = end[-1];
-    const size_t n = std::fread(data, 1, blockSize, file);
-    next = data;
-    end = data + n;
+    const size_t n = std::fread(block.get(), 1, blockSize, file);
+    next = block.get();
+    end = next + n;
     return n > 0;
 }
 
@@ -64,5 +61,5 @@ bool HxCSVInput::getPiece(char* buffer, int size)
 void HxCSVInput::rewind()
 {
     std::rewind(file);
-    next = end = block.get() + 1;
+    next = end = block.get();
 }

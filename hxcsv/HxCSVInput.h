@@ -19,7 +19,8 @@ public:
         return static_cast<unsigned char>(*next++);
     }
 
-    // Steps back over the byte that the last get() returned.
+    // Steps back over the byte that the last get() returned, which is always
+    // in the block (get() refills before it takes a byte, never after).
     void unget() { --next; }
 
     // fgets: up to size - 1 bytes, through a line feed, NUL-terminated.
@@ -40,10 +41,13 @@ public:
     const char* availableEnd() const { return end; }
     void skipTo(const char* position) { next = position; }
 
+    // The most that one read takes; tests make it small to put the ends of
+    // blocks everywhere.
+    static size_t largestBlock;
+
 private:
     bool refill();
 
-    static constexpr size_t largestBlock = 1 << 20;
     FILE* file;
     const size_t blockSize;
     std::unique_ptr<char[]> block;
