@@ -157,6 +157,7 @@ private:
         bool special[256] = {}; // bytes that a run of plain text stops at
         bool counting = false;  // the values of the records are not wanted
         bool fieldsByDelimiter = false; // the delimiter is one character, not the quote
+        bool plainRecords = false;      // plain records can be read in one go
     };
 
     // Numbers of the fields of the record split last, each converted once

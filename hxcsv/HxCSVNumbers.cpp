@@ -40,6 +40,18 @@ struct ByteClasses {
 
 constexpr ByteClasses byteClass;
 
+struct ShortDecimalWeights {
+    constexpr ShortDecimalWeights() : of()
+    {
+        for (int c = 0; c < 256; ++c)
+            of[c] = byteClass.of[c] == Digit ? 0 : byteClass.of[c] == Point ? 1 : 64;
+    }
+    unsigned char operator[](unsigned char c) const { return of[c]; }
+    unsigned char of[256];
+};
+
+constexpr ShortDecimalWeights shortDecimalWeight;
+
 // A text as Qt sees it: trimmed of its white space at both ends, then an
 // optional sign and what follows it.
 struct QtNumberText {
@@ -217,18 +229,15 @@ bool isShortDecimal(const char* text, size_t length)
     // far inside the float range at both ends.
     if (length - 1 >= 32) // also 0
         return false;
-    const char* p = text;
+    const char* p = byteClass[*text] == Sign ? text + 1 : text;
     const char* end = text + length;
-    if (byteClass[*p] == Sign)
-        ++p;
-    const char* digits = p;
-    int points = 0;
-    for (; p < end; ++p) {
-        const ByteClass c = byteClass[*p];
-        if (c != Digit && (c != Point || ++points > 1))
-            return false;
-    }
-    return end - digits > points; // a digit besides the point
+    // A sum rather than a test per byte: digits add 0, a point 1, anything
+    // else more than 32 points could. Branches on the bytes, whose points
+    // sit anywhere, would be mispredicted.
+    unsigned weight = 0;
+    for (const char* q = p; q < end; ++q)
+        weight += shortDecimalWeight[static_cast<unsigned char>(*q)];
+    return weight <= 1 && static_cast<unsigned>(end - p) > weight; // a digit besides the point
 }
 
 double strtod(const char* text, char** end)

@@ -29,58 +29,102 @@ private:
     FILE* file;
 };
 
+// The bytes that stop a run of plain text, found 16 at a time: control
+// characters up to \r (all line ends and dropped bytes among them), the
+// quote, the delimiter and the break character. Other control characters
+// stop a run too; they are then taken one by one.
+class Stops {
+public:
+    Stops(int delimiter, int breakChar, const bool* special)
+        : delimiter(_mm_set1_epi8(static_cast<char>(delimiter))),
+          breakChar(_mm_set1_epi8(static_cast<char>(breakChar))), special(special)
+    {
+    }
+
+    // A bit for each of the 16 bytes at p that stops a run.
+    unsigned in16(const char* p) const
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(bytes, lastControl), bytes);
+        const __m128i stop =
+            _mm_or_si128(_mm_or_si128(control, _mm_cmpeq_epi8(bytes, quote)),
+                         _mm_or_si128(_mm_cmpeq_epi8(bytes, delimiter), _mm_cmpeq_epi8(bytes, breakChar)));
+        return static_cast<unsigned>(_mm_movemask_epi8(stop));
+    }
+
+    bool stops(char c) const { return special[static_cast<unsigned char>(c)]; }
+
+    // True when the k bytes at p (k < 16, a stopping byte after them) are a
+    // short plain decimal (HxCSVNumbers::isShortDecimal), seen in the same
+    // 16 bytes without a branch on them.
+    static bool shortDecimalIn16(const char* p, int k)
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i digitValue = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+        const unsigned digits = static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(digitValue, _mm_set1_epi8(9)), digitValue)));
+        const unsigned points = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.'))));
+        const unsigned sign = (*p == '-' || *p == '+') ? 1u : 0u;
+        const unsigned body = ((1u << k) - 1) & ~sign;
+        const unsigned bodyPoints = points & body;
+        return ((digits | points) & body) == body && (bodyPoints & (bodyPoints - 1)) == 0 && (digits & body) != 0;
+    }
+
+    // The first stopping byte in [p, end), or end.
+    const char* find(const char* p, const char* end) const
+    {
+        for (; end - p >= 16; p += 16)
+            if (const unsigned mask = in16(p))
+                return p + __builtin_ctz(mask);
+        while (p < end && !stops(*p))
+            ++p;
+        return p;
+    }
+
+private:
+    const __m128i lastControl = _mm_set1_epi8('\r');
+    const __m128i quote = _mm_set1_epi8('"');
+    const __m128i delimiter;
+    const __m128i breakChar;
+    const bool* special;
+};
+
 // parse reads through its own block buffer, and takes runs of plain text
 // in one go.
 class BlockSource {
 public:
     static constexpr bool buffered = true;
-    explicit BlockSource(HxCSVInput& input) : input(input) {}
+    BlockSource(HxCSVInput& input, const Stops& stops) : input(input), stops(stops) {}
     int get() { return input.get(); }
     void unget(int) { input.unget(); }
 
-    // Copies bytes up to the first special one, at most room of them, 16 at
-    // a time where there is room: a special byte is a control character up
-    // to \r (which holds all line ends and dropped bytes), the quote, the
-    // delimiter or the break character. Other control characters stop the
-    // run too and are then taken one by one.
-    int copyPlain(char* to, int room, int delimiterChar, int breakCharacter, const bool* special)
+    // Copies the bytes up to the first that stops a run, at most room of
+    // them, 16 at a time while they fit.
+    int copyPlain(char* to, int room)
     {
         const char* from = input.available();
         const char* end = input.availableEnd();
         if (end - from > room)
             end = from + room;
         const char* p = from;
-        const __m128i lastControl = _mm_set1_epi8('\r');
-        const __m128i delimiter = _mm_set1_epi8(static_cast<char>(delimiterChar));
-        const __m128i breakChar = _mm_set1_epi8(static_cast<char>(breakCharacter));
-        const __m128i quote = _mm_set1_epi8('"');
-        while (end - p >= 16) {
-            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(bytes, lastControl), bytes);
-            const __m128i stop = _mm_or_si128(
-                _mm_or_si128(control, _mm_cmpeq_epi8(bytes, quote)),
-                _mm_or_si128(_mm_cmpeq_epi8(bytes, delimiter), _mm_cmpeq_epi8(bytes, breakChar)));
-            // The whole 16 fit into the room; what lies past the run is
-            // written over later or lies past the record's end.
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(to + (p - from)), bytes);
-            const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(stop));
-            if (mask != 0) {
+        for (; end - p >= 16; p += 16) {
+            // What lies past the run is written over later or lies past
+            // the record's end.
+            std::memcpy(to + (p - from), p, 16);
+            if (const unsigned mask = stops.in16(p)) {
                 p += __builtin_ctz(mask);
                 input.skipTo(p);
                 return static_cast<int>(p - from);
             }
-            p += 16;
         }
-        while (p < end && !special[static_cast<unsigned char>(*p)]) {
+        for (; p < end && !stops.stops(*p); ++p)
             to[p - from] = *p;
-            ++p;
-        }
         input.skipTo(p);
         return static_cast<int>(p - from);
     }
 
-private:
     HxCSVInput& input;
+    const Stops& stops;
 };
 
 } // namespace
@@ -97,6 +141,8 @@ private:
     // Open: the record goes on; Nothing: end of file before any character.
     enum class End { Open, Nothing, FieldCount, BreakCharacter, LineEnd, BufferFull, EndOfFile, Comment };
 
+    bool readPlainRecord(int& recordCount);
+    bool scanPlainRecord(const char* start, const char* blockEnd, const char*& textEnd, const char*& next);
     End readRecord();
     End startRecord(int c);
     End continueRecord(int c);
@@ -130,6 +176,7 @@ private:
     bool fieldsFinished = false;
     int fieldBegin = 0;
     bool fieldsSplit = false; // split to test the numbers, and left as is
+    uint64_t shortDecimals = 0; // fields (of the first 64) seen to be short decimals while counting
 };
 
 template <class Source>
@@ -142,6 +189,10 @@ template <class Source>
 int HxCSV::RecordReader<Source>::read(int& recordCount)
 {
     for (;;) {
+        if constexpr (Source::buffered) {
+            if (syntax.plainRecords && readPlainRecord(recordCount))
+                return 0;
+        }
         const End end = readRecord();
         buffer[length] = '\0';
         if (end == End::Nothing)
@@ -159,6 +210,84 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
     }
 }
 
+// The common record in one go: it lies in the block, starts a line or
+// follows the last, holds nothing but plain bytes and single delimiters, and
+// ends at the delimiter that completes its fields or at a line feed (after
+// a carriage return or not) that does. Anything else, and a record whose
+// numbers do not convert, is left to be read byte by byte; the result is the
+// same either way.
+template <class Source>
+bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
+{
+    const char* start = source.input.available();
+    const char* blockEnd = source.input.availableEnd();
+    if (start == blockEnd || source.stops.stops(*start) || static_cast<unsigned char>(*start) == syntax.commentChar)
+        return false;
+    const char* textEnd = nullptr; // past the stored text
+    const char* next = nullptr;    // where reading goes on
+    if (!scanPlainRecord(start, blockEnd, textEnd, next))
+        return false;
+    lineEndPassed = *textEnd != static_cast<char>(syntax.delimiter);
+    length = static_cast<int>(textEnd - start);
+    std::memcpy(buffer, start, static_cast<size_t>(length));
+    if (lineEndPassed) // the line feed is taken as a delimiter
+        buffer[length++] = static_cast<char>(syntax.delimiter);
+    else
+        ++length; // the delimiter itself
+    buffer[length] = '\0';
+    csv.takeNewFields();
+    if (!csv.recordContinued && !numbersConvert(csv.fields))
+        return false; // to be re-joined
+    source.input.skipTo(next);
+    if (!lineEndPassed && !csv.noLineBreaks)
+        discardRestOfLine();
+    ++recordCount;
+    csv.fieldsOfRecordRead = true;
+    return true;
+}
+
+// Notes the fields of a plain record at start; false at anything that is
+// not plain, or when the record does not end within the block and within
+// the room of the buffer. textEnd is the delimiter that completes the
+// record, or the line end.
+template <class Source>
+bool HxCSV::RecordReader<Source>::scanPlainRecord(const char* start, const char* blockEnd, const char*& textEnd,
+                                                  const char*& next)
+{
+    const long long needed = fieldsNeeded();
+    const char* limit = blockEnd - start > size - 1 ? start + size - 1 : blockEnd;
+    const char delimiter = static_cast<char>(syntax.delimiter);
+    csv.fields.clear();
+    shortDecimals = 0;
+    long long found = 0;
+    for (const char* fieldStart = start;;) {
+        const char* q = source.stops.find(fieldStart, limit);
+        // While counting, the bytes are looked at once for both.
+        if (syntax.counting && found < 64 && q - fieldStart < 16 && limit - fieldStart >= 16
+            && Stops::shortDecimalIn16(fieldStart, static_cast<int>(q - fieldStart)))
+            shortDecimals |= uint64_t(1) << found;
+        if (q == limit || q == fieldStart) // no end here, or a run of delimiters
+            return false;
+        csv.fields.push_back({static_cast<int>(fieldStart - start), static_cast<int>(q - fieldStart)});
+        ++found;
+        if (*q == delimiter) {
+            if (found < needed) {
+                fieldStart = q + 1;
+                continue;
+            }
+            textEnd = q;
+            next = q + 1;
+            return true;
+        }
+        const char* lineFeed = (*q == '\r' && q + 1 < blockEnd) ? q + 1 : q;
+        if (*lineFeed != '\n' || found < needed)
+            return false;
+        textEnd = q;
+        next = lineFeed + 1;
+        return true;
+    }
+}
+
 template <class Source>
 typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::readRecord()
 {
@@ -170,12 +299,12 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::readRecor
     fieldsFinished = false;
     fieldBegin = 0;
     fieldsSplit = false;
+    shortDecimals = 0;
     csv.fields.clear();
     for (;;) {
         if constexpr (Source::buffered) {
             if (length > 0) // what starts a record is looked at byte by byte
-                length += source.copyPlain(buffer + length, size - 1 - length, syntax.delimiter,
-                                           syntax.breakChar, syntax.special);
+                length += source.copyPlain(buffer + length, size - 1 - length);
         }
         const int c = source.get();
         if (c == EOF)
@@ -281,7 +410,9 @@ bool HxCSV::RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& 
         const HxCSVField& field = fields[index];
         // While counting, the common case is known good without converting;
         // while reading, the row needs the values anyway.
-        if (syntax.counting && HxCSVNumbers::isShortDecimal(buffer + field.begin, static_cast<size_t>(field.length)))
+        if (syntax.counting
+            && ((index < 64 && (shortDecimals >> index & 1))
+                || HxCSVNumbers::isShortDecimal(buffer + field.begin, static_cast<size_t>(field.length))))
             continue;
         bool ok = false;
         if (column.storageKind == Float)
@@ -400,11 +531,14 @@ void HxCSV::prepareRecordSyntax(bool counting)
     for (int c : {int('\n'), int('\r'), 0, int('\t'), int('"'), syntax.delimiter, syntax.breakChar})
         syntax.special[c] = true;
     syntax.fieldsByDelimiter = columnDelimiter->length() == 1 && syntax.delimiter != '"';
+    // A delimiter that is a line end, or dropped, reads differently.
+    syntax.plainRecords = syntax.fieldsByDelimiter && syntax.delimiter != '\n' && syntax.delimiter != '\r';
 }
 
 int HxCSV::readRecord(HxCSVInput& input, char* buffer, int& recordCount)
 {
-    BlockSource source(input);
+    const Stops stops(syntax.delimiter, syntax.breakChar, syntax.special);
+    BlockSource source(input, stops);
     return RecordReader<BlockSource>(*this, source, buffer, lineBufferSize).read(recordCount);
 }
 

@@ -2,7 +2,8 @@
 // settings, and every example file, parsed by both. Every bound array, every
 // name and field of the parser, and every exception must be the same.
 //
-// CI parses 1500 random files, half of them read in blocks of a few bytes;
+// CI parses 1500 random files, half of them read in blocks of a few bytes
+// or a few kilobytes;
 // set HX_DIFFERENTIAL_FILES for more (e.g.
 // HX_DIFFERENTIAL_FILES=200000 build/bin/parser_tests --gtest_filter='Differential.*').
 #include <gtest/gtest.h>
@@ -286,10 +287,13 @@ public:
     }
 
     // One file in three is messy; the others mostly have the fields that
-    // the bindings ask for, so that parses get far into them.
+    // the bindings ask for, so that parses get far into them, and half of
+    // those are plain numbers and single delimiters, the records that the
+    // reader takes in one go.
     std::string file(const Settings& s)
     {
         messy = pick(3) == 0;
+        plain = !messy && pick(2) == 0;
         int needed = 1;
         for (const Binding& b : s.bindings)
             needed = std::max(needed, b.index + 1);
@@ -302,7 +306,7 @@ public:
             case 1: out += s.breakText + (pick(2) ? "" : words()); break;
             case 2: break; // a blank line
             case 3: out += junkLine(); break;
-            case 4: out += longLine(s); break;
+            case 4: out += pick(2) ? longLine(s) : lineAtBufferSize(s, width); break;
             default: out += row(s, pick(messy ? 5 : 30) ? width : pick(9)); break;
             }
             out += lineEnd();
@@ -318,16 +322,18 @@ public:
 private:
     std::string delimiter(const Settings& s)
     {
-        if (pick(messy ? 15 : 100) == 0)
+        if (pick(messy ? 15 : plain ? 400 : 100) == 0)
             return std::string(1, " ,;\t.\"-"[pick(7)]);
         std::string d = s.delimiter == "\\s" ? std::string(1, " \t\v\f\xa0\x85"[pick(pick(4) ? 2 : 6)]) : s.delimiter;
-        return pick(6) == 0 ? d + d : d;
+        return pick(messy ? 6 : plain ? 100 : 30) == 0 ? d + d : d;
     }
 
     std::string field(const Settings& s)
     {
+        if (plain)
+            return pick(40) ? plainNumber() : nearNumber();
         if (!messy && pick(20))
-            return pick(8) ? plainNumber() : words();
+            return pick(8) ? (pick(15) ? plainNumber() : nearNumber()) : words();
         switch (pick(12)) {
         case 0: return "\"" + words() + delimiter(s) + words() + "\"";
         case 1: return words();
@@ -345,15 +351,31 @@ private:
         return text;
     }
 
+    // Not quite a number: what a quick look at the bytes could take for one.
+    std::string nearNumber()
+    {
+        std::string n = plainNumber();
+        const size_t at = static_cast<size_t>(pick(static_cast<int>(n.size()) + 1));
+        switch (pick(6)) {
+        case 0: return n.insert(at, ".");
+        case 1: return n.insert(at, "-");
+        case 2: return n + "e";
+        case 3: return n.insert(at, "+-");
+        case 4: return pick(2) ? "." : "-";
+        default: return n.insert(at, 50, '0') + ".5"; // long: converted to be sure
+        }
+    }
+
     std::string row(const Settings& s, int fields)
     {
-        std::string out = pick(8) == 0 ? delimiter(s) : "";
+        const bool ends = pick(plain ? 40 : 8) == 0; // delimiters at the ends
+        std::string out = ends ? delimiter(s) : "";
         for (int i = 0; i < fields; ++i) {
             if (i > 0)
                 out += delimiter(s);
             out += field(s);
         }
-        return pick(8) == 0 ? out + delimiter(s) : out;
+        return ends ? out + delimiter(s) : out;
     }
 
     std::string longLine(const Settings& s)
@@ -361,6 +383,17 @@ private:
         std::string out;
         while (out.size() < 2040 + static_cast<size_t>(pick(3000)))
             out += pick(10) == 0 ? std::string(pick(300), 'x') : field(s) + delimiter(s);
+        return out;
+    }
+
+    // A row of plain numbers a few bytes either side of the record buffer's
+    // size, where a record stops fitting.
+    std::string lineAtBufferSize(const Settings& s, int fields)
+    {
+        std::string out = row(s, fields);
+        const size_t wanted = 2043 + static_cast<size_t>(pick(8));
+        if (out.size() < wanted)
+            out.insert(0, std::string(wanted - out.size(), '0')); // leading zeros keep a number
         return out;
     }
 
@@ -393,6 +426,7 @@ private:
 
     static constexpr int typeCodes[] = {0, 1, 7, 2, 3, 4};
     bool messy = false;
+    bool plain = false;
     std::mt19937_64 rng;
     NumberSpellings numbers;
 };
@@ -411,7 +445,8 @@ TEST_F(Differential, RandomFilesGiveTheSameResults)
     for (long long i = 0; i < n && failures < 5; ++i) {
         const Settings s = maker.settings();
         const std::string content = maker.file(s);
-        if (!sameResults(content, s, maker.pick(2) ? 1 + maker.pick(64) : 1 << 20))
+        const size_t blockSize = maker.pick(2) ? 1 << 20 : maker.pick(2) ? 1 + maker.pick(64) : 64 + maker.pick(4096);
+        if (!sameResults(content, s, blockSize))
             ++failures;
     }
 }
@@ -487,6 +522,40 @@ TEST_F(Differential, RecordsAreReadAndConvertedTheSameWay)
                   (processRecords<ref::HxCSV, ref::CSVException>(records, s, rowIndex)))
             << s.describe();
     }
+}
+
+// Records that end just inside or just past the record buffer, at a
+// delimiter, a line end of either kind or the end of the file.
+TEST_F(Differential, RecordsAroundTheBufferSizeGiveTheSameResults)
+{
+    for (const char* end : {"\n", "\r\n", ",\n", ",9\n", ""})
+        for (bool noLineBreaks : {false, true})
+            for (int length = 2040; length < 2052; ++length) {
+                std::string line = "1.5,2,3";
+                line.insert(0, std::string(static_cast<size_t>(length) - line.size(), '0'));
+                Settings s;
+                s.noLineBreaks = noLineBreaks;
+                s.bindings = {{Float, 0, 0, 3, 0}, {Text, 1, 0, 3, 0}, {Double, 2, 0, 3, 0}};
+                SCOPED_TRACE(length);
+                sameResults(line + end + "4,5,6\n", s);
+            }
+}
+
+// Fields that are almost numbers, where a record's numbers fail their test
+// and the record is joined with the next: the reader must find the same.
+TEST_F(Differential, NearNumbersAreJoinedAlike)
+{
+    for (const char* near : {"1.2.3", "1-2", "+-1", "1e", ".", "-", "1..", "1.5e3", "0000000000000000000000000000001.5",
+                             "12345678901234.5", "123456789012345.6"})
+        for (bool noLineBreaks : {false, true})
+            for (int kind : {Float, Double}) {
+                Settings s;
+                s.noLineBreaks = noLineBreaks;
+                s.bindings = {{kind, 0, 0, 3, 0}, {kind, 1, 0, 3, 1}};
+                SCOPED_TRACE(near);
+                sameResults(std::string(near) + ",4\n5,6\n7,8\n9\n", s);
+                sameResults("5," + std::string(near) + ",1\n7,8\n9,10\n11\n", s);
+            }
 }
 
 TEST_F(Differential, ExampleFilesGiveTheSameResults)
