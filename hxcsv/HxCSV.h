@@ -65,6 +65,7 @@ public:
         Text = 3,
         Float = 4,
         Double = 5,
+        TextNumber = 6, // see addTextNumberColumn
     };
 
     // Size of the record buffers; a longer physical line is read as several.
@@ -131,6 +132,13 @@ public:
     void addColumn(int columnIndex, McDArray<McString>* array);
     void addColumn(int columnIndex, McDArray<McVec3<double>>* array, int component);
     void addColumn(int columnIndex, McDArray<McVec3<float>>* array, int component);
+
+    // A text column wanted as a number the way the point cloud reads its
+    // value columns: std::strtod of the text that addColumn(int,
+    // McDArray<McString>*) would store, as a float; 0 for text that is no
+    // number. Like a text column it never fails and is never tried by the
+    // record reader; unlike one it keeps no string per value.
+    void addTextNumberColumn(int columnIndex, McDArray<float>* array);
 
     // Sizes every target to rows (negative counts as 0); numbers and raw
     // buffers are cleared to 0, vector elements are left as they are.

@@ -16,11 +16,11 @@ namespace {
 
 // Only text columns remove the quotes, and only when the field starts with
 // one; the last character goes whatever it is.
-McString textValue(const char* text, int length)
+HxCSVField textOf(const char* record, HxCSVField field)
 {
-    if (length > 0 && text[0] == '"')
-        return length == 1 ? McString() : McString(text + 1, length - 2);
-    return McString(text, length);
+    if (field.length > 0 && record[field.begin] == '"')
+        return {field.begin + 1, field.length > 1 ? field.length - 2 : 0};
+    return field;
 }
 
 bool startsWith(const char* record, int length, const McString& marker)
@@ -146,6 +146,13 @@ void HxCSV::addColumn(int columnIndex, McDArray<McVec3<float>>* array, int compo
     columns.last().component = component;
 }
 
+void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array)
+{
+    addColumn(columnIndex, McPrimType(0));
+    columns.last().storageKind = TextNumber;
+    columns.last().floatData = array;
+}
+
 void HxCSV::resizeDataStorage(int rows)
 {
     rows = std::max(rows, 0);
@@ -161,6 +168,7 @@ void HxCSV::resizeDataStorage(int rows)
                 column.vec3dData->resize(rows);
             break;
         case Float:
+        case TextNumber:
             resizeZeroed(column.floatData, rows);
             break;
         case Double:
@@ -325,9 +333,17 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
     case Double:
         store(column.doubleData, rowIndex, storedValue<double>(record, fieldIndex, ok));
         break;
-    case Text:
-        store(column.stringData, rowIndex, textValue(record + fields[fieldIndex].begin, fields[fieldIndex].length));
+    case Text: {
+        const HxCSVField text = textOf(record, fields[fieldIndex]);
+        store(column.stringData, rowIndex, McString(record + text.begin, text.length));
         break;
+    }
+    case TextNumber: {
+        const HxCSVField text = textOf(record, fields[fieldIndex]);
+        store(column.floatData, rowIndex,
+              static_cast<float>(HxCSVNumbers::strtod(record + text.begin, static_cast<size_t>(text.length))));
+        break;
+    }
     case RawBuffer:
         if (column.primType.getType() == McPrimType::MC_FLOAT) {
             const float value = storedValue<float>(record, fieldIndex, ok);

@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <string>
 
 #include <fast_float/fast_float.h>
 #include <langinfo.h>
@@ -129,33 +131,84 @@ bool isCSpace(char c)
     return c == ' ' || static_cast<unsigned char>(c - '\t') < 5;
 }
 
+// The bytes of [begin, end) with NUL at and past end, as a C string has.
+struct BoundedText {
+    char operator[](const char* p) const { return p < end ? *p : '\0'; }
+    const char* end;
+};
+
 // The end of the longest decimal number that strtod takes at p (after the
 // sign), or p when there is none.
-const char* decimalPrefixEnd(const char* p)
+const char* decimalPrefixEnd(const char* p, BoundedText at)
 {
     const char* q = p;
-    while (isDigit(*q))
+    while (isDigit(at[q]))
         ++q;
     bool anyDigit = q != p;
-    if (*q == '.') {
+    if (at[q] == '.') {
         const char* fraction = ++q;
-        while (isDigit(*q))
+        while (isDigit(at[q]))
             ++q;
         anyDigit = anyDigit || q != fraction;
     }
     if (!anyDigit)
         return p;
-    if (*q == 'e' || *q == 'E') {
+    if (at[q] == 'e' || at[q] == 'E') {
         const char* exponent = q + 1;
-        if (*exponent == '+' || *exponent == '-')
+        if (at[exponent] == '+' || at[exponent] == '-')
             ++exponent;
-        if (isDigit(*exponent)) {
-            while (isDigit(*exponent))
+        if (isDigit(at[exponent])) {
+            while (isDigit(at[exponent]))
                 ++exponent;
             q = exponent; // an exponent without digits is not part of the number
         }
     }
     return q;
+}
+
+// std::strtod itself on [text, end), through a NUL-terminated copy unless
+// the text already ends in NUL there.
+double libraryStrtod(const char* text, const char* end, bool terminated, const char** stop)
+{
+    char* last = nullptr;
+    if (terminated) {
+        const double value = std::strtod(text, &last);
+        *stop = last;
+        return value;
+    }
+    const std::string copy(text, end);
+    const double value = std::strtod(copy.c_str(), &last);
+    *stop = text + (last - copy.c_str());
+    return value;
+}
+
+// strtod on [text, end); terminated: a NUL follows the text. The end of the
+// number goes to *stop, text itself when there is none.
+double strtodWithin(const char* text, const char* end, bool terminated, const char** stop)
+{
+    const BoundedText at{end};
+    const char* p = text;
+    while (isCSpace(at[p]))
+        ++p;
+    // Locale white space and decimal points are the C library's business.
+    if (static_cast<unsigned char>(at[p]) >= 0x80 || !decimalPointIsDot())
+        return libraryStrtod(text, end, terminated, stop);
+    const bool negative = at[p] == '-';
+    const char* digits = (at[p] == '+' || negative) ? p + 1 : p;
+    // So are hexadecimal numbers, "inf" and "nan(...)": rare in files.
+    const char c = at[digits];
+    if ((c == '0' && (at[digits + 1] == 'x' || at[digits + 1] == 'X')) || c == 'i' || c == 'I' || c == 'n'
+        || c == 'N')
+        return libraryStrtod(text, end, terminated, stop);
+    const char* numberEnd = decimalPrefixEnd(digits, at);
+    if (numberEnd == digits) { // no number at all: nothing is read
+        *stop = text;
+        return 0.0;
+    }
+    double value = 0.0;
+    fast_float::from_chars(digits, numberEnd, value);
+    *stop = numberEnd;
+    return negative ? -value : value;
 }
 
 } // namespace
@@ -242,29 +295,20 @@ bool isShortDecimal(const char* text, size_t length)
 
 double strtod(const char* text, char** end)
 {
-    const char* p = text;
-    while (isCSpace(*p))
-        ++p;
-    // Locale white space and decimal points are the C library's business.
-    if (static_cast<unsigned char>(*p) >= 0x80 || !decimalPointIsDot())
-        return std::strtod(text, end);
-    const bool negative = *p == '-';
-    const char* digits = (*p == '+' || negative) ? p + 1 : p;
-    // So are hexadecimal numbers, "inf" and "nan(...)": rare in files.
-    const char c = *digits;
-    if ((c == '0' && (digits[1] == 'x' || digits[1] == 'X')) || c == 'i' || c == 'I' || c == 'n' || c == 'N')
-        return std::strtod(text, end);
-    const char* numberEnd = decimalPrefixEnd(digits);
-    if (numberEnd == digits) { // no number at all: nothing is read
-        if (end)
-            *end = const_cast<char*>(text);
-        return 0.0;
-    }
-    double value = 0.0;
-    fast_float::from_chars(digits, numberEnd, value);
+    const char* stop = nullptr;
+    const double value = strtodWithin(text, text + std::strlen(text), true, &stop);
     if (end)
-        *end = const_cast<char*>(numberEnd);
-    return negative ? -value : value;
+        *end = const_cast<char*>(stop);
+    return value;
+}
+
+double strtod(const char* text, size_t length, size_t* used)
+{
+    const char* stop = nullptr;
+    const double value = strtodWithin(text, text + length, false, &stop);
+    if (used)
+        *used = static_cast<size_t>(stop - text);
+    return value;
 }
 
 } // namespace HxCSVNumbers

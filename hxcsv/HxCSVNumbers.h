@@ -41,4 +41,9 @@ HXCSV_API bool isShortDecimal(const char* text, size_t length);
 // the C library itself; errno is set only then.
 HXCSV_API double strtod(const char* text, char** end);
 
+// std::strtod on the text [text, text + length) as if a NUL followed it, as
+// for a field of a record; the bytes of the number in *used. A NUL inside
+// ends the text, as it would a C string.
+HXCSV_API double strtod(const char* text, size_t length, size_t* used = nullptr);
+
 } // namespace HxCSVNumbers

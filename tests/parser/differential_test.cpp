@@ -524,6 +524,43 @@ TEST_F(Differential, RecordsAreReadAndConvertedTheSameWay)
     }
 }
 
+// A text-number column holds what strtod makes of the text column at its
+// side, row by row, whatever else the file and the bindings do.
+TEST_F(Differential, TextNumbersAreTheTextReadWithStrtod)
+{
+    FileMaker maker(31);
+    const std::string p = path.toStdString();
+    for (int i = 0; i < 300; ++i) {
+        Settings s = maker.settings();
+        s.ignoreColumnCount = false; // else the two bindings' positions pick different fields of short records
+        const std::string content = maker.file(s);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(content.data(), static_cast<qint64>(content.size()));
+        file.close();
+
+        HxCSV csv;
+        configure(csv, p, s);
+        Targets targets(static_cast<int>(content.size()) + 1);
+        targets.bind(csv, s.bindings);
+        McDArray<McString> texts;
+        McDArray<float> numbers;
+        const int index = maker.pick(4);
+        csv.addColumn(index, &texts);
+        csv.addTextNumberColumn(index, &numbers);
+        try {
+            csv.parse(s.ignoreColumnCount, s.plainLines);
+        } catch (const CSVException&) {
+        }
+        ASSERT_EQ(texts.size(), numbers.size());
+        for (int row = 0; row < texts.size(); ++row) {
+            const float expected = static_cast<float>(std::strtod(texts[row].getString(), nullptr));
+            ASSERT_EQ(hex(&expected, sizeof expected), hex(&numbers[row], sizeof(float)))
+                << s.describe() << " row " << row << " text " << visible(texts[row].getString());
+        }
+    }
+}
+
 // Records that end just inside or just past the record buffer, at a
 // delimiter, a line end of either kind or the end of the file.
 TEST_F(Differential, RecordsAroundTheBufferSizeGiveTheSameResults)

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "HxCSVNumbers.h"
@@ -72,6 +73,14 @@ std::string differences(const std::string& s)
     const double cd = std::strtod(s.c_str(), &cEnd);
     compare("strtod", bitsOf(sd), true, bitsOf(cd), true);
     compare("strtod end", static_cast<uint64_t>(end - s.c_str()), true, static_cast<uint64_t>(cEnd - s.c_str()), true);
+
+    // The same on a field with no NUL after it, in memory that ends there.
+    const std::unique_ptr<char[]> field(new char[s.size()]);
+    std::memcpy(field.get(), s.data(), s.size());
+    size_t used = 0;
+    const double fd = HxCSVNumbers::strtod(field.get(), s.size(), &used);
+    compare("strtod field", bitsOf(fd), true, bitsOf(cd), true);
+    compare("strtod field end", used, true, static_cast<uint64_t>(cEnd - s.c_str()), true);
     return found;
 }
 
