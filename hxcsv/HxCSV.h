@@ -44,6 +44,15 @@ public:
 // getColumnName. One object serves one file.
 class HXCSV_API HxCSV {
 public:
+    // The texts of a text-number column (addTextNumberColumn) that were not
+    // wholly a number, blanks and tabs after it aside: how many, and the
+    // first of them.
+    struct TextNumberMisses {
+        int count = 0;
+        int firstRow = -1;
+        McString firstText;
+    };
+
     // One binding of a file column to a target array.
     struct CSVDataColumn {
         int columnIndex = 0;  // 0-based field of a record; negative: not read
@@ -56,6 +65,7 @@ public:
         McDArray<McVec3<double>>* vec3dData = nullptr;
         McDArray<float>* floatData = nullptr;
         McDArray<double>* doubleData = nullptr;
+        TextNumberMisses* textNumberMisses = nullptr; // TextNumber, optional
     };
 
     enum StorageKind {
@@ -137,8 +147,9 @@ public:
     // value columns: std::strtod of the text that addColumn(int,
     // McDArray<McString>*) would store, as a float; 0 for text that is no
     // number. Like a text column it never fails and is never tried by the
-    // record reader; unlike one it keeps no string per value.
-    void addTextNumberColumn(int columnIndex, McDArray<float>* array);
+    // record reader; unlike one it keeps no string per value. misses, when
+    // given, learns of the texts that were not wholly a number.
+    void addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNumberMisses* misses = nullptr);
 
     // Sizes every target to rows (negative counts as 0); numbers and raw
     // buffers are cleared to 0, vector elements are left as they are.
@@ -196,6 +207,7 @@ private:
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split);
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
+    void storeTextNumber(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex);
     template <class T>
     T fieldValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>

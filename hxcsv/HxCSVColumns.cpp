@@ -23,6 +23,17 @@ HxCSVField textOf(const char* record, HxCSVField field)
     return field;
 }
 
+// A number, and after it blanks and tabs at most.
+bool wholeNumber(const char* text, int length, size_t used)
+{
+    if (used == 0)
+        return false;
+    for (int i = static_cast<int>(used); i < length; ++i)
+        if (text[i] != ' ' && text[i] != '\t')
+            return false;
+    return true;
+}
+
 bool startsWith(const char* record, int length, const McString& marker)
 {
     return !marker.isEmpty() && length >= marker.length()
@@ -146,11 +157,12 @@ void HxCSV::addColumn(int columnIndex, McDArray<McVec3<float>>* array, int compo
     columns.last().component = component;
 }
 
-void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array)
+void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNumberMisses* misses)
 {
     addColumn(columnIndex, McPrimType(0));
     columns.last().storageKind = TextNumber;
     columns.last().floatData = array;
+    columns.last().textNumberMisses = misses;
 }
 
 void HxCSV::resizeDataStorage(int rows)
@@ -313,6 +325,21 @@ T* HxCSV::rawRow(const CSVDataColumn& column, int rowIndex) const
     return static_cast<T*>(*column.rawData) + rowIndex;
 }
 
+void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
+{
+    const char* begin = record + text.begin;
+    size_t used = 0;
+    store(column.floatData, rowIndex,
+          static_cast<float>(HxCSVNumbers::strtod(begin, static_cast<size_t>(text.length), &used)));
+    TextNumberMisses* misses = column.textNumberMisses;
+    if (!misses || wholeNumber(begin, text.length, used))
+        return;
+    if (misses->count++ == 0) {
+        misses->firstRow = rowIndex;
+        misses->firstText = McString(begin, text.length);
+    }
+}
+
 // The value is stored before its conversion is judged, so a failed row keeps
 // 0 where the bad value was.
 void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
@@ -338,12 +365,9 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
         store(column.stringData, rowIndex, McString(record + text.begin, text.length));
         break;
     }
-    case TextNumber: {
-        const HxCSVField text = textOf(record, fields[fieldIndex]);
-        store(column.floatData, rowIndex,
-              static_cast<float>(HxCSVNumbers::strtod(record + text.begin, static_cast<size_t>(text.length))));
+    case TextNumber:
+        storeTextNumber(column, record, textOf(record, fields[fieldIndex]), rowIndex);
         break;
-    }
     case RawBuffer:
         if (column.primType.getType() == McPrimType::MC_FLOAT) {
             const float value = storedValue<float>(record, fieldIndex, ok);

@@ -545,19 +545,34 @@ TEST_F(Differential, TextNumbersAreTheTextReadWithStrtod)
         targets.bind(csv, s.bindings);
         McDArray<McString> texts;
         McDArray<float> numbers;
+        HxCSV::TextNumberMisses misses;
         const int index = maker.pick(4);
         csv.addColumn(index, &texts);
-        csv.addTextNumberColumn(index, &numbers);
+        csv.addTextNumberColumn(index, &numbers, &misses);
+        bool parsed = false;
         try {
-            csv.parse(s.ignoreColumnCount, s.plainLines);
+            parsed = csv.parse(s.ignoreColumnCount, s.plainLines) == 1;
         } catch (const CSVException&) {
         }
         ASSERT_EQ(texts.size(), numbers.size());
+        HxCSV::TextNumberMisses expectedMisses;
         for (int row = 0; row < texts.size(); ++row) {
-            const float expected = static_cast<float>(std::strtod(texts[row].getString(), nullptr));
+            char* end = nullptr;
+            const char* text = texts[row].getString();
+            const float expected = static_cast<float>(std::strtod(text, &end));
             ASSERT_EQ(hex(&expected, sizeof expected), hex(&numbers[row], sizeof(float)))
-                << s.describe() << " row " << row << " text " << visible(texts[row].getString());
+                << s.describe() << " row " << row << " text " << visible(text);
+            const bool whole = end != text && end[std::strspn(end, " \t")] == '\0';
+            if (!whole && expectedMisses.count++ == 0) {
+                expectedMisses.firstRow = row;
+                expectedMisses.firstText = texts[row];
+            }
         }
+        if (!parsed)
+            continue; // rows never reached hold empty texts but had no text
+        EXPECT_EQ(misses.count, expectedMisses.count) << s.describe();
+        EXPECT_EQ(misses.firstRow, expectedMisses.firstRow);
+        EXPECT_EQ(misses.firstText, expectedMisses.firstText);
     }
 }
 
