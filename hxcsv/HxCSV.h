@@ -226,4 +226,5 @@ private:
     bool fieldsOfRecordRead = false;
     std::vector<FieldNumbers> fieldNumbers;
     uint64_t splitNumber = 0; // splits made so far
+    uint64_t shortDecimalFields = 0; // of the first 64 fields, those seen to be short decimals
 };

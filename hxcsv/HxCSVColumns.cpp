@@ -220,6 +220,7 @@ const std::vector<HxCSVField>& HxCSV::splitRecord(const char* record, int length
 void HxCSV::takeNewFields()
 {
     ++splitNumber;
+    shortDecimalFields = 0;
     if (fieldNumbers.size() < fields.size())
         fieldNumbers.resize(fields.size());
 }
@@ -233,10 +234,15 @@ T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
         const HxCSVField& field = fields[fieldIndex];
         const char* text = record + field.begin;
         const size_t length = static_cast<size_t>(field.length);
+        const bool knownGood = fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1);
         if constexpr (std::is_same<T, float>::value)
-            converted.value = HxCSVNumbers::toFloat(text, length, converted.ok);
+            converted.value = knownGood ? HxCSVNumbers::shortDecimalToFloat(text, length)
+                                        : HxCSVNumbers::toFloat(text, length, converted.ok);
         else
-            converted.value = HxCSVNumbers::toDouble(text, length, converted.ok);
+            converted.value = knownGood ? HxCSVNumbers::shortDecimalToDouble(text, length)
+                                        : HxCSVNumbers::toDouble(text, length, converted.ok);
+        if (knownGood)
+            converted.ok = true;
         converted.split = splitNumber;
     }
     ok = converted.ok;

@@ -293,6 +293,20 @@ bool isShortDecimal(const char* text, size_t length)
     return weight <= 1 && static_cast<unsigned>(end - p) > weight; // a digit besides the point
 }
 
+double shortDecimalToDouble(const char* text, size_t length)
+{
+    // fast_float takes a minus but no plus.
+    const char* begin = *text == '+' ? text + 1 : text;
+    double value = 0.0;
+    fast_float::from_chars(begin, text + length, value);
+    return value;
+}
+
+float shortDecimalToFloat(const char* text, size_t length)
+{
+    return static_cast<float>(shortDecimalToDouble(text, length));
+}
+
 double strtod(const char* text, char** end)
 {
     const char* stop = nullptr;

@@ -35,6 +35,11 @@ HXCSV_API int toInt(const char* text, size_t length, bool& ok);
 // Tells that a number converts without converting it; false tells nothing.
 HXCSV_API bool isShortDecimal(const char* text, size_t length);
 
+// toDouble and toFloat for a text that isShortDecimal takes, without the
+// checks that such a text never needs: it always converts.
+HXCSV_API double shortDecimalToDouble(const char* text, size_t length);
+HXCSV_API float shortDecimalToFloat(const char* text, size_t length);
+
 // std::strtod on a NUL-terminated text: the longest prefix that is a number,
 // its end in *end (text itself when there is none, then 0). Spellings other
 // than plain decimal ones, and locales whose decimal point is not '.', go to

@@ -236,6 +236,7 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
         ++length; // the delimiter itself
     buffer[length] = '\0';
     csv.takeNewFields();
+    csv.shortDecimalFields = shortDecimals;
     if (!csv.recordContinued && !numbersConvert(csv.fields))
         return false; // to be re-joined
     source.input.skipTo(next);
@@ -262,8 +263,9 @@ bool HxCSV::RecordReader<Source>::scanPlainRecord(const char* start, const char*
     long long found = 0;
     for (const char* fieldStart = start;;) {
         const char* q = source.stops.find(fieldStart, limit);
-        // While counting, the bytes are looked at once for both.
-        if (syntax.counting && found < 64 && q - fieldStart < 16 && limit - fieldStart >= 16
+        // The bytes are looked at once for both: a short decimal needs no
+        // test while counting, and fewer checks when converted.
+        if (found < 64 && q - fieldStart < 16 && limit - fieldStart >= 16
             && Stops::shortDecimalIn16(fieldStart, static_cast<int>(q - fieldStart)))
             shortDecimals |= uint64_t(1) << found;
         if (q == limit || q == fieldStart) // no end here, or a run of delimiters

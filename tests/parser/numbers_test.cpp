@@ -60,11 +60,12 @@ std::string differences(const std::string& s)
 
     // A short decimal is one that both always take.
     if (HxCSVNumbers::isShortDecimal(s.data(), s.size())) {
-        bool floatOk = false, doubleOk = false;
-        q.toFloat(&floatOk);
-        q.toDouble(&doubleOk);
-        if (!floatOk || !doubleOk)
-            found += "isShortDecimal, but Qt fails; ";
+        q.toDouble(&qtOk);
+        compare("shortDecimalToDouble", bitsOf(HxCSVNumbers::shortDecimalToDouble(s.data(), s.size())), true,
+                bitsOf(qd), qtOk);
+        q.toFloat(&qtOk);
+        compare("shortDecimalToFloat", bitsOf(HxCSVNumbers::shortDecimalToFloat(s.data(), s.size())), true,
+                bitsOf(qf), qtOk);
     }
 
     char* end = nullptr;
