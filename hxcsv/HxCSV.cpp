@@ -16,22 +16,22 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
 // One physical line without its line end, as fgets reads it: at most
 // size - 1 bytes, so a longer line comes back in pieces. NUL ends the text.
-// False at end of file.
-bool fgetline(HxCSVInput& input, char* buffer, int size)
+// Its length, or -1 at end of file.
+int fgetline(HxCSVInput& input, char* buffer, int size)
 {
     if (!input.getPiece(buffer, size))
-        return false;
+        return -1;
     size_t n = std::strlen(buffer);
     while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n'))
         buffer[--n] = '\0';
-    return true;
+    return static_cast<int>(n);
 }
 
 void skipLines(HxCSVInput& input, long long n)
 {
     char line[HxCSV::lineBufferSize];
     for (long long i = 0; i < n; ++i)
-        if (!fgetline(input, line, sizeof line))
+        if (fgetline(input, line, sizeof line) < 0)
             return;
 }
 
@@ -177,7 +177,7 @@ void HxCSV::readHeader(HxCSVInput& input)
 {
     char line[lineBufferSize];
     columnNames.clear();
-    if (fgetline(input, line, sizeof line)) {
+    if (fgetline(input, line, sizeof line) >= 0) {
         McString(cleanHeaderLine(line).c_str()).explode((*columnDelimiter)[0], columnNames);
         for (McString& name : columnNames)
             name = trimBlanks(name);
@@ -217,11 +217,12 @@ int HxCSV::countPlainLines(HxCSVInput& input)
     return count;
 }
 
-bool HxCSV::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
+// The record's length, or -1 at end of file.
+int HxCSV::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
 {
     if (plainLines)
         return fgetline(input, buffer, lineBufferSize);
-    return readRecord(input, buffer, recordsRead) != -1;
+    return readRecord(input, buffer, recordsRead);
 }
 
 // Only the record's first character is compared with the marker's here.
@@ -238,12 +239,11 @@ void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool 
     long long lineNumber = dataStartLineNum - 1LL;
     for (int row = 0; row < count;) {
         ++lineNumber;
-        if (!readOneRecord(input, buffer, plainLines, recordsRead))
+        const int length = readOneRecord(input, buffer, plainLines, recordsRead);
+        if (length < 0)
             HxCSV::fail(CSVException::BadValue, "Unexpected end of file (line %lld)", lineNumber);
         if (startsComment(buffer))
             continue;
-        // A record holds no NUL; a plain line ends at its first.
-        const int length = static_cast<int>(std::strlen(buffer));
         if (processRecord(buffer, length, row, ignoreColumnCount) != -2)
             ++row;
     }

@@ -199,8 +199,8 @@ private:
     void readHeader(HxCSVInput& input);
     int countRecords(HxCSVInput& input);
     int countPlainLines(HxCSVInput& input);
-    int readRecord(HxCSVInput& input, char* buffer, int& recordCount);
-    bool readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
+    int readRecord(HxCSVInput& input, char* buffer, int& recordCount); // length, -1 at end of file
+    int readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
     bool startsComment(const char* record) const;
     void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);

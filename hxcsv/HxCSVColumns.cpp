@@ -36,7 +36,7 @@ bool wholeNumber(const char* text, int length, size_t used)
 
 bool startsWith(const char* record, int length, const McString& marker)
 {
-    return !marker.isEmpty() && length >= marker.length()
+    return !marker.isEmpty() && length >= marker.length() && record[0] == marker[0]
            && std::memcmp(record, marker.getString(), static_cast<size_t>(marker.length())) == 0;
 }
 

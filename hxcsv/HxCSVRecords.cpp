@@ -134,6 +134,7 @@ template <class Source>
 class HxCSV::RecordReader {
 public:
     RecordReader(HxCSV& csv, Source& source, char* buffer, int size);
+    // The record's length, or -1 at end of file.
     int read(int& recordCount);
 
 private:
@@ -191,7 +192,7 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
     for (;;) {
         if constexpr (Source::buffered) {
             if (syntax.plainRecords && readPlainRecord(recordCount))
-                return 0;
+                return length;
         }
         const End end = readRecord();
         buffer[length] = '\0';
@@ -206,7 +207,7 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
             continue; // a break before any data starts no block
         if (kind == Kind::Data)
             ++recordCount;
-        return 0;
+        return length;
     }
 }
 
@@ -550,5 +551,5 @@ int HxCSV::csvGetLine(char* buffer, int size, FILE* file, int& recordCount)
         return -1; // no room for a single character
     prepareRecordSyntax(false); // the settings may have changed since the last call
     StreamSource source(file);
-    return RecordReader<StreamSource>(*this, source, buffer, size).read(recordCount);
+    return RecordReader<StreamSource>(*this, source, buffer, size).read(recordCount) < 0 ? -1 : 0;
 }
