@@ -158,8 +158,9 @@ public:
     // The i-th (0-based) header name; empty when there is none.
     McString getColumnName(int i);
 
-    // The record split into fields: runs of delimiters count once, a
-    // delimiter inside double quotes does not split, no field is empty.
+    // The record (Latin-1 text) split into fields: runs of delimiters count
+    // once, a delimiter inside double quotes does not split, no field is
+    // empty.
     QStringList splitFields(const QString& record);
 
 private:

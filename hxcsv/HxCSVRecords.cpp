@@ -177,7 +177,7 @@ private:
     bool fieldsFinished = false;
     int fieldBegin = 0;
     bool fieldsSplit = false; // split to test the numbers, and left as is
-    uint64_t shortDecimals = 0; // fields (of the first 64) seen to be short decimals while counting
+    uint64_t shortDecimals = 0; // fields (of the first 64) that the scan saw to be short decimals
 };
 
 template <class Source>
