@@ -1,7 +1,8 @@
 #include "QxCSVPointClusterImport.h"
 
 #include <QComboBox>
-#include <cstdlib>
+#include <algorithm>
+#include <cstring>
 
 #include "HxCSV.h"
 #include "HxCSVParseParameters.h"
@@ -23,20 +24,6 @@ const int columnTableHeight = 75;
 const int replayValueTypeArgument = 7;
 // Where getPointClusterParamsFromLoadCommand looks instead.
 const int loadCommandValueTypeArgument = 8;
-
-// strtod's reading of a value column's text. False when the text is not
-// wholly a number; value then holds strtod's partial result (0 for text).
-bool readNumber(const McString& text, float& value)
-{
-    const char* start = text.getString();
-    char* end = nullptr;
-    value = static_cast<float>(std::strtod(start, &end));
-    if (end == start)
-        return false;
-    while (*end == ' ' || *end == '\t')
-        ++end;
-    return *end == '\0';
-}
 
 } // namespace
 
@@ -200,9 +187,13 @@ void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, McDArray<ValueBinding
         if (file < 0)
             continue;
         const int v = c - firstValueColumn;
-        csv.addColumn(file, &stringColumns[v]);
         const QComboBox* type = dataTypePicker(c);
-        (type && type->currentIndex() == StringValues ? labels : data).append({v, file});
+        const bool text = type && type->currentIndex() == StringValues;
+        if (text)
+            csv.addColumn(file, &stringColumns[v]);
+        else
+            csv.addTextNumberColumn(file, &numberColumns[v], &numberMisses[v]);
+        (text ? labels : data).append({v, file});
     }
 }
 
@@ -241,24 +232,20 @@ HxCluster* QxCSVPointClusterImport::buildCluster(HxCSV& csv, const McDArray<floa
 // says how often that happened and where first, so it is not lost unseen.
 void QxCSVPointClusterImport::fillDataColumn(HxCluster& cluster, int d, const ValueBinding& b)
 {
-    const McDArray<McString>& texts = stringColumns[b.valueColumn];
+    const McDArray<float>& numbers = numberColumns[b.valueColumn];
     float* values = cluster.dataColumns[d].floatData();
     const int n = cluster.getNumPoints();
-    int notNumbers = 0;
-    int first = -1;
-    for (int i = 0; i < n && i < texts.size(); ++i) {
-        if (!readNumber(texts[i], values[i]) && notNumbers++ == 0)
-            first = i;
-    }
-    if (notNumbers == 0)
+    std::memcpy(values, numbers.dataPtr(), sizeof(float) * std::min(n, numbers.size()));
+    const HxCSV::TextNumberMisses& misses = numberMisses[b.valueColumn];
+    if (misses.count == 0)
         return;
     theMsg->warning(tr("%1: file column %2 holds %3 value(s) that are not numbers, read as 0 or as their leading "
                        "number (first in data row %4: \"%5\"); choose \"String\" to keep them as text")
                         .arg(params ? params->fileName.toQString() : QString())
                         .arg(b.fileColumn + 1)
-                        .arg(notNumbers)
-                        .arg(first + 1)
-                        .arg(texts[first].toQString()));
+                        .arg(misses.count)
+                        .arg(misses.firstRow + 1)
+                        .arg(misses.firstText.toQString()));
 }
 
 extern "C" HXCSV_API int hxReadCSVPointCluster(int argc, const char** argv)

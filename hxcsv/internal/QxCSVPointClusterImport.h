@@ -1,12 +1,12 @@
 #pragma once
 #include <memory>
 
+#include "HxCSV.h"
 #include "HxCSVParseParameters.h"
 #include "LoadCommand.h"
 #include "QxCSVImport.h"
 #include "api.h"
 
-class HxCSV;
 class HxCluster;
 class QComboBox;
 
@@ -68,6 +68,8 @@ private:
     McString valueTypeList;
     int valueColumnCounter = 1;
     McDArray<McString> stringColumns[maxValueColumns];
+    McDArray<float> numberColumns[maxValueColumns];
+    HxCSV::TextNumberMisses numberMisses[maxValueColumns];
     std::unique_ptr<HxCSVParseParameters> params;
     HxCluster* createdData = nullptr;       // belongs to the host once registered
 };
