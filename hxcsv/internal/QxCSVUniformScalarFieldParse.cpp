@@ -7,6 +7,7 @@
 #include <memory>
 #include <new>
 
+#include "HxCSVNumbers.h"
 #include "HxLattice3.h"
 #include "HxMessage.h"
 #include "LatticeValueConversion.h"
@@ -162,11 +163,12 @@ void QxCSVUniformScalarFieldImport::readLineValues(char* line, char delimiter, i
     for (char* token = strtok_r(line, delimiters, &position); token;
          token = strtok_r(nullptr, delimiters, &position)) {
         bool ok = false;
-        const QString text = QString::fromLatin1(token);
-        double value = text.toDouble(&ok);
+        // Qt's toDouble results, without a QString per value.
+        double value = HxCSVNumbers::toDouble(token, std::strlen(token), ok);
         if (!ok) {
             HxApplication::instance()->message()->printf(
-                tr("Caution: Unable to convert '%1' to Double, set default value to zero.\n").arg(text));
+                tr("Caution: Unable to convert '%1' to Double, set default value to zero.\n")
+                    .arg(QString::fromLatin1(token)));
             value = 0;
         }
         appendValue(typeIndex, value);
