@@ -96,6 +96,7 @@ private:
     void readValues(FILE* file, int typeIndex);
     void readLineValues(char* line, char delimiter, int typeIndex);
     void appendValue(int typeIndex, double value);
+    void reserveValues(int typeIndex, long long wanted);
     int arraySize(int typeIndex) const;
     void* arrayData(int typeIndex);
     void copyXFastest(char* dest, const char* values, long long nodes, long long nodesToCopy, int bytesPerNode);

@@ -2,7 +2,9 @@
 // the copy in either index order and the size check.
 #include <QFile>
 #include <QString>
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -128,6 +130,7 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
         return;
     }
     const int typeIndex = dataTypeOpt->currentIndex();
+    reserveValues(typeIndex, lattice->numNodes() * lattice->nDataVar());
     readValues(file, typeIndex);
     std::fclose(file);
 
@@ -156,22 +159,48 @@ void QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex)
 
 void QxCSVUniformScalarFieldImport::readLineValues(char* line, char delimiter, int typeIndex)
 {
-    const char delimiters[2] = {delimiter, '\0'};
-    // strtok_r: the same splitting as strtok (empty fields produce no value)
-    // without sharing its hidden position with anyone else.
-    char* position = nullptr;
-    for (char* token = strtok_r(line, delimiters, &position); token;
-         token = strtok_r(nullptr, delimiters, &position)) {
+    // strtok's splitting on one character (runs of delimiters, and delimiters
+    // at either end, give no value), without hidden state shared with other
+    // users of strtok, and knowing each token's length.
+    for (char* p = line; *p;) {
+        if (*p == delimiter) {
+            ++p;
+            continue;
+        }
+        char* end = delimiter ? strchrnul(p, delimiter) : p + std::strlen(p);
+        const size_t length = static_cast<size_t>(end - p);
         bool ok = false;
         // Qt's toDouble results, without a QString per value.
-        double value = HxCSVNumbers::toDouble(token, std::strlen(token), ok);
+        double value = HxCSVNumbers::toDouble(p, length, ok);
         if (!ok) {
             HxApplication::instance()->message()->printf(
                 tr("Caution: Unable to convert '%1' to Double, set default value to zero.\n")
-                    .arg(QString::fromLatin1(token)));
+                    .arg(QString::fromLatin1(p, static_cast<int>(length))));
             value = 0;
         }
         appendValue(typeIndex, value);
+        p = end;
+    }
+}
+
+// Makes room for the values once instead of growing step by step: as many
+// as the lattice holds, but no more than the file can (a value and its
+// delimiter take two bytes at least).
+void QxCSVUniformScalarFieldImport::reserveValues(int typeIndex, long long wanted)
+{
+    const long long fileCanHold = fileSize / 2 + 1;
+    const long long count = std::min({wanted, fileCanHold, static_cast<long long>(INT_MAX)});
+    if (count < 1)
+        return;
+    const int n = static_cast<int>(count);
+    switch (typeIndex) {
+    case 0: byteValues.remax(byteValues.size() + n); break;
+    case 1: shortValues.remax(shortValues.size() + n); break;
+    case 2: ushortValues.remax(ushortValues.size() + n); break;
+    case 3: int32Values.remax(int32Values.size() + n); break;
+    case 4: floatValues.remax(floatValues.size() + n); break;
+    case 5: doubleValues.remax(doubleValues.size() + n); break;
+    default: break;
     }
 }
 
