@@ -1,12 +1,10 @@
 #pragma once
-// Imports a CSV text as a uniform field in this process, set up the way a
-// user sets up the dialog, and reads the lattice back as doubles.
-#include <QFile>
-#include <QTemporaryDir>
+// Uniform field imports set up the way a user sets up the dialog, and the
+// lattice read back as doubles.
 #include <vector>
 
 #include "HxLattice3.h"
-#include "HxMessage.h"
+#include "ImportSupport.h"
 #include "QxCSVUniformScalarFieldImport.h"
 
 struct FieldSettings {
@@ -18,13 +16,6 @@ struct FieldSettings {
     const char* comment = "#";
     int firstLine = 1;
 };
-
-inline void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    file.write(content);
-}
 
 inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSettings& s)
 {
@@ -61,12 +52,5 @@ inline std::vector<double> latticeValues(const HxLattice3& lattice)
 // The field that the last import registered, or null.
 inline HxRegField3* lastField()
 {
-    const auto& objects = HxObjectPool::instance()->objects();
-    return objects.empty() ? nullptr : dynamic_cast<HxRegField3*>(objects.back());
-}
-
-inline QString loadCmdOf(const HxData& data)
-{
-    auto* p = dynamic_cast<HxParameter*>(data.parameters().find("LoadCmd"));
-    return p ? p->getString() : QString();
+    return dynamic_cast<HxRegField3*>(lastObject());
 }

@@ -1,12 +1,8 @@
 // Fields imported through the dialog replay through hxhost to equal fields:
 // JSON values, LoadCmd and the exported VTK image.
-#include <QDir>
-#include <QJsonArray>
 #include <QProcess>
-#include <gtest/gtest.h>
 
 #include "FieldImport.h"
-#include "HostRun.h"
 #include "VtkFile.h"
 
 namespace {
@@ -17,23 +13,6 @@ struct Imported {
     QByteArray bytes;
 };
 
-// Imports content through the dialog in this process.
-Imported importInProcess(const QString& path, const QByteArray& content, const FieldSettings& s, bool boxMode)
-{
-    writeFile(path, content);
-    QxCSVUniformScalarFieldImport dialog;
-    dialog.setFileName(path.toLocal8Bit());
-    applySettings(dialog, s);
-    dialog.bBoxTxt2->setText("-1.5");
-    if (boxMode)
-        dialog.bBoxBtn->click();
-    EXPECT_EQ(dialog.parseFile(), 1);
-    const HxRegField3* f = lastField();
-    const HxLattice3& l = f->lattice();
-    return {f->getName(), loadCmdOf(*f), latticeValues(l),
-            QByteArray(static_cast<const char*>(l.dataPtr().getData()), static_cast<int>(l.dataBytes()))};
-}
-
 std::vector<double> jsonNumbers(const QJsonArray& a)
 {
     std::vector<double> v;
@@ -42,14 +21,32 @@ std::vector<double> jsonNumbers(const QJsonArray& a)
     return v;
 }
 
+class UniformFieldReplay : public ImportTest {
+protected:
+    // Imports content through the dialog in this process.
+    Imported importInProcess(const QString& name, const QByteArray& content, const FieldSettings& s, bool boxMode)
+    {
+        QxCSVUniformScalarFieldImport dialog;
+        dialog.setFileName(write(name, content).toLocal8Bit());
+        applySettings(dialog, s);
+        dialog.bBoxTxt2->setText("-1.5");
+        if (boxMode)
+            dialog.bBoxBtn->click();
+        EXPECT_EQ(dialog.parseFile(), 1);
+        const HxRegField3* f = lastField();
+        const HxLattice3& l = f->lattice();
+        return {f->getName(), loadCommandOf(f), latticeValues(l),
+                QByteArray(static_cast<const char*>(l.dataPtr().getData()), static_cast<int>(l.dataBytes()))};
+    }
+};
+
 } // namespace
 
-TEST(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
+TEST_F(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
 {
-    HxObjectPool::instance()->clear();
-    QTemporaryDir dir;
     const char* delimiters[] = {";", "\t", " ", "\"", ","};
     const char* types[] = {"byte", "short", "ushort", "int32", "float", "double"};
+    const char* vtkTypes[] = {"UInt8", "Int16", "UInt16", "Int32", "Float32", "Float64"};
     const char* classes[] = {"HxUniformScalarField3", "HxUniformComplexScalarField3", "HxUniformVectorField3",
                              "HxUniformColorField3",  "HxRegField3",                  "HxUniformComplexVectorField3"};
     std::vector<Imported> imported;
@@ -57,20 +54,13 @@ TEST(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
     for (int type = 0; type < 6; ++type)
         for (int n = 1; n <= 6; ++n) {
             const int i = type * 6 + n;
-            FieldSettings s;
-            s.type = type;
-            s.nDataVar = n;
-            s.dims[0] = 3;
-            s.dims[2] = 1;
-            s.xFastest = i % 2;
-            s.delimiter = delimiters[i % 5];
+            const FieldSettings s{type, n, {3, 2, 1}, i % 2 == 1, delimiters[i % 5]};
             QByteArray content = "# field " + QByteArray::number(i) + "\n";
             for (int k = 0; k < 6 * n; ++k)
                 content += QByteArray::number(k * 37.25 - 150) + (k % 5 == 4 ? "\n" : s.delimiter);
-            imported.push_back(importInProcess(dir.filePath(QString("t%1v%2.csv").arg(type).arg(n)), content, s, i % 3 == 0));
+            imported.push_back(importInProcess(QString("t%1v%2.csv").arg(type).arg(n), content, s, i % 3 == 0));
             args << "-c" << imported.back().loadCmd;
         }
-    HxObjectPool::instance()->clear();
 
     const HostRun r = runHxhost(args);
     ASSERT_EQ(r.exitCode, 0) << r.err.constData();
@@ -83,33 +73,30 @@ TEST(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
         EXPECT_EQ(o["name"].toString(), expected.name) << what;
         EXPECT_EQ(o["class"].toString(), classes[i % 6]) << what;
         EXPECT_EQ(o["primType"].toString(), types[i / 6]) << what;
+        EXPECT_EQ(o["nDataVar"].toInt(), int(i % 6) + 1) << what;
         EXPECT_EQ(jsonNumbers(o["dims"].toArray()), std::vector<double>({3, 2, 1})) << what;
         EXPECT_EQ(jsonNumbers(o["values"].toArray()), expected.values) << what;
         EXPECT_EQ(o["parameters"].toObject()["LoadCmd"].toString(), expected.loadCmd) << what;
         const VtkFile vtk = readVtk(dir.filePath("vtk/" + expected.name + ".vti"));
         EXPECT_EQ(vtk.attr("ImageData", "WholeExtent"), "0 2 0 1 0 0") << what;
+        EXPECT_EQ(vtk.attr("PointData/values", "type"), vtkTypes[i / 6]) << what;
+        EXPECT_EQ(vtk.attr("PointData/values", "NumberOfComponents"), i % 6 ? QString::number(i % 6 + 1) : "") << what;
         EXPECT_EQ(vtk.bytes("PointData/values"), expected.bytes) << what;
     }
     // Replays are quiet: the files hold exactly what was requested anyway.
     EXPECT_FALSE(r.err.contains("Warning")) << r.err.constData();
 }
 
-TEST(UniformFieldReplay, ExampleScriptHoldsWhatTheDialogWrites)
+TEST_F(UniformFieldReplay, ExampleScriptHoldsWhatTheDialogWrites)
 {
-    const QString before = QDir::currentPath();
-    QDir::setCurrent(HX_SOURCE_DIR);
     QxCSVUniformScalarFieldImport dialog;
-    dialog.setFileName("examples/density_32x24x16.csv");
+    inSourceDir([&] { dialog.setFileName("examples/density_32x24x16.csv"); });
     applySettings(dialog, {4, 1, {32, 24, 16}, true, ",", "#", 1});
     for (QxLineEdit* voxel : {dialog.bBoxTxt1, dialog.bBoxTxt3, dialog.bBoxTxt5})
         voxel->setText("0.5");
     const QString command = dialog.getLoadCommandFromDialog().toQString();
-    QTemporaryDir dir;
-    const HostRun r = runHxhost({"-c", command, "--export", dir.path()});
-    QDir::setCurrent(before);
-    QFile script(HX_SOURCE_DIR "/examples/examples.hx");
-    ASSERT_TRUE(script.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(QString::fromLatin1(script.readAll()).split('\n').contains(command)) << command.toStdString();
+    EXPECT_TRUE(exampleScriptHolds(command)) << command.toStdString();
+    const HostRun r = runHxhost({"-c", command, "--export", dir.path()}, true, HX_SOURCE_DIR);
     ASSERT_EQ(r.exitCode, 0) << r.err.constData();
     const QJsonObject o = r.objects()[0].toObject();
     const std::vector<double> values = jsonNumbers(o["values"].toArray());
@@ -117,7 +104,8 @@ TEST(UniformFieldReplay, ExampleScriptHoldsWhatTheDialogWrites)
     EXPECT_EQ(static_cast<float>(values.front()), 2.1f);
     EXPECT_EQ(static_cast<float>(values.back()), 4.07f);
     EXPECT_EQ(jsonNumbers(o["bbox"].toArray()), std::vector<double>({0, 15.5, 0, 11.5, 0, 7.5}));
-    EXPECT_EQ(readVtk(dir.filePath("density_32x24x16.csv.vti")).attr("ImageData", "Spacing"), "0.5 0.5 0.5");
+    const QString vti = dir.filePath("density_32x24x16.csv.vti");
+    EXPECT_EQ(readVtk(vti).attr("ImageData", "Spacing"), "0.5 0.5 0.5");
 
     // VTK itself opens the image when its Python module is installed.
     QProcess python;
@@ -126,7 +114,7 @@ TEST(UniformFieldReplay, ExampleScriptHoldsWhatTheDialogWrites)
                                       "r = vtk.vtkXMLImageDataReader(); r.SetFileName(sys.argv[1]); r.Update()\n"
                                       "i = r.GetOutput(); a = i.GetPointData().GetArray('values')\n"
                                       "print(i.GetDimensions(), a.GetNumberOfTuples(), round(a.GetValue(0), 2))",
-                                      dir.filePath("density_32x24x16.csv.vti")});
+                                      vti});
     if (!python.waitForFinished() || python.exitCode() != 0)
         GTEST_SKIP() << "no VTK module for python3: " << python.readAllStandardError().constData();
     EXPECT_EQ(python.readAllStandardOutput().trimmed(), "(32, 24, 16) 12288 2.1");

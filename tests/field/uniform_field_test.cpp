@@ -2,7 +2,6 @@
 // and filling, and the settings text.
 #include <QTimer>
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
 
 #include "FieldImport.h"
@@ -11,38 +10,19 @@
 
 namespace {
 
-class UniformField : public ::testing::Test {
+class UniformField : public ImportTest {
 protected:
-    void SetUp() override
-    {
-        HxObjectPool::instance()->clear();
-        theMsg->clearEntries();
-    }
-    void TearDown() override { HxObjectPool::instance()->clear(); }
-
     // Imports content with s; the lattice values, or nothing when no field came.
     std::vector<double> import(const QByteArray& content, const FieldSettings& s, bool quiet = false)
     {
-        writeFile(path, content);
         QxCSVUniformScalarFieldImport dialog;
-        dialog.setFileName(path.toLocal8Bit());
+        dialog.setFileName(write("v.csv", content).toLocal8Bit());
         applySettings(dialog, s);
         dialog.setQuiet(quiet);
         EXPECT_EQ(dialog.parseFile(), 1);
         HxRegField3* field = lastField();
         return field ? latticeValues(field->lattice()) : std::vector<double>();
     }
-    QStringList messages(HxMessage::Level level) const
-    {
-        QStringList texts;
-        for (const HxMessage::Entry& e : theMsg->entries())
-            if (e.level == level)
-                texts << e.text;
-        return texts;
-    }
-
-    QTemporaryDir dir;
-    const QString path = dir.filePath("v.csv");
 };
 
 const char* const tooFew = "Warning: Requested to read %1 bytes, but file\n'v.csv' contains only %2 bytes!\n"
@@ -53,9 +33,8 @@ const char* const tooMany = "Warning: File 'v.csv' contains %2 bytes,\nbut only 
 
 TEST_F(UniformField, RequestedBytesFollowTypeVariablesAndFileSize)
 {
-    writeFile(path, QByteArray(7000, 'x'));
     QxCSVUniformScalarFieldImport dialog;
-    dialog.setFileName(path.toLocal8Bit());
+    dialog.setFileName(write("v.csv", QByteArray(7000, 'x')).toLocal8Bit());
     EXPECT_EQ(dialog.windowTitle(), "Import Uniform Scalar Field");
     EXPECT_TRUE(dialog.headerTxt->isHidden() && !dialog.inputBox->isHidden());
     EXPECT_EQ(dialog.getFileSize(), 7000);
@@ -127,7 +106,7 @@ TEST_F(UniformField, ReadsAndFillsTheLattice)
     for (const auto& c : cases) {
         SetUp();
         EXPECT_EQ(import(c.content, c.settings), c.values) << c.what;
-        EXPECT_EQ(messages(HxMessage::Warning).join("|"), c.warning) << c.what;
+        EXPECT_EQ(consoleTexts(HxMessage::Warning).join("|"), c.warning) << c.what;
     }
     // Lines come in 10000-byte pieces, each read as a line: here the piece
     // boundary falls inside "12".
@@ -136,7 +115,7 @@ TEST_F(UniformField, ReadsAndFillsTheLattice)
 
     SetUp();
     EXPECT_EQ(import("1,2,3,4,5,6,7", {}, true).back(), 0);
-    EXPECT_TRUE(messages(HxMessage::Warning).isEmpty()) << "quiet";
+    EXPECT_TRUE(consoleTexts(HxMessage::Warning).isEmpty()) << "quiet";
 }
 
 TEST_F(UniformField, ValuesWrapIntoTheirType)
@@ -159,7 +138,7 @@ TEST_F(UniformField, ValuesWrapIntoTheirType)
         SetUp();
         EXPECT_EQ(import(c.content, {c.type, 1, {4, 1, 1}}), c.values) << c.type;
     }
-    EXPECT_EQ(messages(HxMessage::Info),
+    EXPECT_EQ(consoleTexts(HxMessage::Info),
               QStringList("Caution: Unable to convert 'x' to Double, set default value to zero."));
     // Huge but finite doubles round as IEEE does: up to FLT_MAX, then infinity.
     EXPECT_EQ(hxcsv::roundToFloat(0x1.fffffefp127), FLT_MAX);
@@ -176,8 +155,8 @@ TEST_F(UniformField, FailuresAreReported)
     EXPECT_EQ(dialog.parseFile(), 1);
     ASSERT_TRUE(lastField());
     EXPECT_EQ(latticeValues(lastField()->lattice()), std::vector<double>(1, 0));
-    EXPECT_TRUE(loadCmdOf(*lastField()).startsWith("load -uniform_scalar_field_csv"));
-    EXPECT_EQ(messages(HxMessage::Error).size(), 1);
+    EXPECT_TRUE(loadCommandOf(lastField()).startsWith("load -uniform_scalar_field_csv"));
+    EXPECT_EQ(consoleTexts(HxMessage::Error).size(), 1);
 
     // Settings no list offers (a hand-edited replay) or too big to hold: an error, no field.
     for (const char* settings : {"CSVUniformScalarField # 1 , 9 0 1 1 1 0 0 1 1 0 0 1 0 0 0 1 1 1",
@@ -186,7 +165,7 @@ TEST_F(UniformField, FailuresAreReported)
         bad.loadSettingsFromLoadCommand(settings);
         EXPECT_EQ(bad.parseFile(), 0) << settings;
     }
-    EXPECT_EQ(messages(HxMessage::Error).size(), 3);
+    EXPECT_EQ(consoleTexts(HxMessage::Error).size(), 3);
     EXPECT_EQ(HxObjectPool::instance()->objects().size(), 1u);
 }
 
@@ -243,8 +222,7 @@ TEST_F(UniformField, SettingsTextRoundTrips)
 
 TEST_F(UniformField, ReaderRunsTheDialog)
 {
-    writeFile(path, "1 2 3 4 5 6 7 8");
-    const QByteArray file = path.toLocal8Bit();
+    const QByteArray file = write("v.csv", "1 2 3 4 5 6 7 8").toLocal8Bit();
     for (bool accept : {true, false}) {
         QTimer::singleShot(50, [accept] {
             auto* d = qobject_cast<QxCSVUniformScalarFieldImport*>(QApplication::activeModalWidget());

@@ -67,42 +67,24 @@ TEST(VtkExport, LineSetIsPolyDataWithLines)
     EXPECT_EQ(f.values<float>("PointData/Data0"), std::vector<float>({0, 0.5f, 1}));
 }
 
-TEST(VtkExport, FieldIsImageDataOfTheLatticeType)
+// Types, components and values are checked on the importer's own fields.
+TEST(VtkExport, FieldOriginAndSpacingFollowTheBoundingBox)
 {
     // The fake lattice is 2x1x1, so only x has a spacing of its own.
-    struct Case {
-        int code, nDataVar;
-        const char* type;
-        int size;
-        const char* bbox;
-        const char* origin;
-        const char* spacing;
-    } cases[] = {
-        {0, 1, "UInt8", 1, "", "0 0 0", "1 1 1"},
-        {1, 1, "Int16", 2, "-1 3 2 2 0.1 7", "-1 2 0.1", "4 1 1"},
-        {7, 1, "UInt16", 2, "5 5 0 0 0 0", "5 0 0", "1 1 1"},
-        {2, 1, "Int32", 4, "", "0 0 0", "1 1 1"},
-        {3, 1, "Float32", 4, "", "0 0 0", "1 1 1"},
-        {4, 3, "Float64", 8, "", "0 0 0", "1 1 1"},
-    };
+    const struct {
+        const char *bbox, *origin, *spacing;
+    } cases[] = {{"", "0 0 0", "1 1 1"}, {"-1 3 2 2 0.1 7", "-1 2 0.1", "4 1 1"}, {"5 5 0 0 0 0", "5 0 0", "1 1 1"}};
     QTemporaryDir dir;
     QStringList commands;
-    for (const Case& c : cases)
-        commands << QString("load -fake_field f%1.csv %1 %2 %3 -dataOnly").arg(c.code).arg(c.nDataVar).arg(c.bbox);
+    for (const auto& c : cases)
+        commands << QString("load -fake_field f%1.csv 1 1 %2 -dataOnly").arg(commands.size()).arg(c.bbox);
     HostRun r = exportRun(dir.path(), commands);
     ASSERT_EQ(r.exitCode, 0) << r.err.constData();
-    for (const Case& c : cases) {
-        VtkFile f = readVtk(dir.filePath(QString("f%1.csv.vti").arg(c.code)));
-            EXPECT_EQ(f.attr("ImageData", "WholeExtent"), "0 1 0 0 0 0");
-        EXPECT_EQ(f.attr("ImageData", "Origin"), c.origin) << c.type;
-        EXPECT_EQ(f.attr("ImageData", "Spacing"), c.spacing) << c.type;
-        EXPECT_EQ(f.attr("PointData/values", "type"), c.type);
-        EXPECT_EQ(f.attr("PointData/values", "NumberOfComponents"), c.nDataVar == 1 ? "" : "3");
-        // The fake lattice holds the bytes 0x81, 0x82, ...: they must arrive unchanged.
-        QByteArray expected;
-        for (int i = 0; i < 2 * c.nDataVar * c.size; ++i)
-            expected.append(static_cast<char>(0x81 + i));
-        EXPECT_EQ(f.bytes("PointData/values"), expected) << c.type;
+    for (int i = 0; i < commands.size(); ++i) {
+        const VtkFile f = readVtk(dir.filePath(QString("f%1.csv.vti").arg(i)));
+        EXPECT_EQ(f.attr("ImageData", "WholeExtent"), "0 1 0 0 0 0");
+        EXPECT_EQ(f.attr("ImageData", "Origin"), cases[i].origin) << cases[i].bbox;
+        EXPECT_EQ(f.attr("ImageData", "Spacing"), cases[i].spacing) << cases[i].bbox;
     }
 }
 

@@ -23,14 +23,6 @@ QJsonArray firstColumn(const QJsonObject& cloud, const char* kind)
     return cloud.value(kind).toArray()[0].toObject().value("values").toArray();
 }
 
-int warningCount()
-{
-    int n = 0;
-    for (const HxMessage::Entry& e : theMsg->entries())
-        n += e.level == HxMessage::Warning;
-    return n;
-}
-
 } // namespace
 
 TEST_F(PointCloud, BuilderMakesPointsValuesAndLabels)
@@ -73,7 +65,7 @@ TEST_F(PointCloud, BuilderMakesPointsValuesAndLabels)
         EXPECT_EQ(columnNames(cloud, "labelColumns"), c.labelNames) << c.what;
         EXPECT_EQ(firstColumn(cloud, "dataColumns"), c.data) << c.what;
         EXPECT_EQ(firstColumn(cloud, "labelColumns"), c.labels) << c.what;
-        EXPECT_EQ(warningCount(), c.warnings) << c.what;
+        EXPECT_EQ(consoleTexts(HxMessage::Warning).size(), c.warnings) << c.what;
     }
 }
 
@@ -111,7 +103,7 @@ TEST_F(PointCloud, ReaderEntryShowsTheDialogOrReplays)
             [&] { result = callReader(hxReadCSVPointCluster, "load -point_cloud_csv " + file + c.args.arg(file)); });
         EXPECT_EQ(opened, c.dialog) << c.what;
         ASSERT_EQ(result, c.result) << c.what;
-        EXPECT_EQ(warningCount(), c.warnings) << c.what;
+        EXPECT_EQ(consoleTexts(HxMessage::Warning).size(), c.warnings) << c.what;
         ASSERT_EQ(HxObjectPool::instance()->objects().size(), size_t(c.result)) << c.what;
         if (c.result == 1) {
             const QJsonObject cloud = jsonOf(lastObject());
@@ -170,5 +162,8 @@ TEST_F(PointCloud, ParseErrorEndsTheImportWithNoObject)
                                          "-dataOnly").arg(file)});
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_TRUE(r.objects().isEmpty());
-    EXPECT_TRUE(r.err.contains((file + ": Unexpected number of columns (line 1)").toLatin1())) << r.err.constData();
+    const QString text = file + ": Unexpected number of columns (line 1)";
+    EXPECT_TRUE(r.err.contains(text.toLatin1())) << r.err.constData();
+    EXPECT_TRUE(r.json["messages"].toArray().contains(QJsonObject({{"level", "error"}, {"text", text}})))
+        << r.out.constData();
 }

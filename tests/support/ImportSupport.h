@@ -1,6 +1,7 @@
 #pragma once
-// Helpers for the importer tests: files, reader calls as hxhost makes them,
-// dialogs driven while they run modally, and objects as hxhost's JSON.
+// Helpers for the tests that import: files, the console, reader calls as
+// hxhost makes them, dialogs driven while they run modally, and objects as
+// hxhost's JSON.
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -23,7 +24,8 @@
 #include "HxParameter.h"
 #include "JsonWriter.h"
 
-// Every test starts with an empty object pool and console.
+// Every test starts and ends with an empty object pool, and starts with an
+// empty console.
 class ImportTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -31,6 +33,7 @@ protected:
         HxObjectPool::instance()->clear();
         theMsg->clearEntries();
     }
+    void TearDown() override { HxObjectPool::instance()->clear(); }
     QString write(const QString& name, const QByteArray& content)
     {
         QFile f(dir.filePath(name));
@@ -41,15 +44,25 @@ protected:
     QTemporaryDir dir;
 };
 
+inline QStringList consoleTexts(HxMessage::Level level)
+{
+    QStringList texts;
+    for (const HxMessage::Entry& e : theMsg->entries())
+        if (e.level == level)
+            texts << e.text;
+    return texts;
+}
+
 // The words after "load -OPTION" of a command line, split as hxhost does.
 struct Args {
-    explicit Args(const QString& command)
+    explicit Args(const std::string& command)
     {
         std::string error;
-        hxhost::splitCommandLine(command.toStdString(), words, error);
+        EXPECT_TRUE(hxhost::splitCommandLine(command, words, error)) << command << ": " << error;
         for (size_t i = 2; i < words.size(); ++i)
             argv.push_back(words[i].c_str());
     }
+    explicit Args(const QString& command) : Args(command.toStdString()) {}
     int argc() const { return static_cast<int>(argv.size()); }
     std::vector<std::string> words;
     std::vector<const char*> argv;
@@ -90,11 +103,11 @@ inline void inSourceDir(const std::function<void()>& body)
     QDir::setCurrent(before);
 }
 
-inline QStringList exampleScriptLines()
+inline bool exampleScriptHolds(const QString& command)
 {
     QFile f(HX_SOURCE_DIR "/examples/examples.hx");
     f.open(QIODevice::ReadOnly);
-    return QString::fromLatin1(f.readAll()).split('\n');
+    return QString::fromLatin1(f.readAll()).split('\n').contains(command);
 }
 
 inline HxData* lastObject()
@@ -130,7 +143,7 @@ inline QString expectExampleReplaysToTheSameObject()
 {
     QJsonObject imported = jsonOf(lastObject());
     const QString command = loadCommandOf(lastObject());
-    EXPECT_TRUE(exampleScriptLines().contains(command)) << command.toStdString();
+    EXPECT_TRUE(exampleScriptHolds(command)) << command.toStdString();
     HostRun r = runHxhost({"-c", command}, true, HX_SOURCE_DIR);
     EXPECT_EQ(r.exitCode, 0) << r.err.constData();
     QJsonObject replayed = r.objects()[0].toObject();
