@@ -54,3 +54,20 @@ inline HxRegField3* lastField()
 {
     return dynamic_cast<HxRegField3*>(lastObject());
 }
+
+class FieldTest : public ImportTest {
+protected:
+    // Imports content from the file name through a dialog set up with s
+    // and then by adjust; the field, or null when none came.
+    HxRegField3* importField(const QString& name, const QByteArray& content, const FieldSettings& s,
+                             const std::function<void(QxCSVUniformScalarFieldImport&)>& adjust = {})
+    {
+        QxCSVUniformScalarFieldImport dialog;
+        dialog.setFileName(write(name, content).toLocal8Bit());
+        applySettings(dialog, s);
+        if (adjust)
+            adjust(dialog);
+        EXPECT_EQ(dialog.parseFile(), 1);
+        return lastField();
+    }
+};

@@ -21,24 +21,7 @@ std::vector<double> jsonNumbers(const QJsonArray& a)
     return v;
 }
 
-class UniformFieldReplay : public ImportTest {
-protected:
-    // Imports content through the dialog in this process.
-    Imported importInProcess(const QString& name, const QByteArray& content, const FieldSettings& s, bool boxMode)
-    {
-        QxCSVUniformScalarFieldImport dialog;
-        dialog.setFileName(write(name, content).toLocal8Bit());
-        applySettings(dialog, s);
-        dialog.bBoxTxt2->setText("-1.5");
-        if (boxMode)
-            dialog.bBoxBtn->click();
-        EXPECT_EQ(dialog.parseFile(), 1);
-        const HxRegField3* f = lastField();
-        const HxLattice3& l = f->lattice();
-        return {f->getName(), loadCommandOf(f), latticeValues(l),
-                QByteArray(static_cast<const char*>(l.dataPtr().getData()), static_cast<int>(l.dataBytes()))};
-    }
-};
+using UniformFieldReplay = FieldTest;
 
 } // namespace
 
@@ -58,7 +41,14 @@ TEST_F(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
             QByteArray content = "# field " + QByteArray::number(i) + "\n";
             for (int k = 0; k < 6 * n; ++k)
                 content += QByteArray::number(k * 37.25 - 150) + (k % 5 == 4 ? "\n" : s.delimiter);
-            imported.push_back(importInProcess(QString("t%1v%2.csv").arg(type).arg(n), content, s, i % 3 == 0));
+            const HxRegField3* f = importField(QString("t%1v%2.csv").arg(type).arg(n), content, s, [i](auto& d) {
+                d.bBoxTxt2->setText("-1.5");
+                if (i % 3 == 0)
+                    d.bBoxBtn->click();
+            });
+            const HxLattice3& l = f->lattice();
+            imported.push_back({f->getName(), loadCommandOf(f), latticeValues(l),
+                                QByteArray(static_cast<const char*>(l.dataPtr().getData()), int(l.dataBytes()))});
             args << "-c" << imported.back().loadCmd;
         }
 

@@ -10,17 +10,12 @@
 
 namespace {
 
-class UniformField : public ImportTest {
+class UniformField : public FieldTest {
 protected:
     // Imports content with s; the lattice values, or nothing when no field came.
     std::vector<double> import(const QByteArray& content, const FieldSettings& s, bool quiet = false)
     {
-        QxCSVUniformScalarFieldImport dialog;
-        dialog.setFileName(write("v.csv", content).toLocal8Bit());
-        applySettings(dialog, s);
-        dialog.setQuiet(quiet);
-        EXPECT_EQ(dialog.parseFile(), 1);
-        HxRegField3* field = lastField();
+        HxRegField3* field = importField("v.csv", content, s, [quiet](auto& d) { d.setQuiet(quiet); });
         return field ? latticeValues(field->lattice()) : std::vector<double>();
     }
 };

@@ -1,6 +1,5 @@
 // A small package for testing the host: its readers make objects with known
 // values, so the host's JSON and exit statuses can be checked on their own.
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -51,7 +50,6 @@ HX_PACKAGE_ENTRY int hxReadFakeCluster(int argc, const char** argv)
     }
     c->computeBounds();
     HxData::registerData(c, QString::fromLatin1(argv[0]));
-    c->parameters().insert(new HxParameter(QStringLiteral("LoadCmd"), QStringLiteral("load -fake_cluster x"), 0), 1);
     return 1;
 }
 
@@ -71,24 +69,14 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
     return 1;
 }
 
-// argv[1] is the McPrimType code, argv[2] the number of data variables,
-// optional argv[3..8] the bounding box.
+// A 2x1x1 field; optional argv[1..6] give its bounding box.
 HX_PACKAGE_ENTRY int hxReadFakeField(int argc, const char** argv)
 {
-    if (argc < 3)
-        return 0;
-    McPrimType type(std::atoi(argv[1]));
-    int nDataVar = std::atoi(argv[2]);
-    HxLattice3* lat = new HxLattice3(McDim3l(2, 1, 1), nDataVar, type, C_UNIFORM, nullptr);
+    HxLattice3* lat = new HxLattice3(McDim3l(2, 1, 1), 1, McPrimType(McPrimType::MC_INT16), C_UNIFORM, nullptr);
     float box[6] = {0, 1, 0, 0, 0, 0};
-    for (int i = 0; i < 6 && argc > 9; ++i)
-        box[i] = std::strtof(argv[3 + i], nullptr);
+    for (int i = 0; i < 6 && argc >= 7; ++i)
+        box[i] = std::strtof(argv[1 + i], nullptr);
     lat->coords()->setBoundingBox(McBox3f(box));
-    unsigned char* p = static_cast<unsigned char*>(lat->dataPtr().getData());
-    for (long long i = 0; i < lat->dataBytes(); ++i)
-        p[i] = static_cast<unsigned char>(0x81 + i);
-    HxRegField3* f = nDataVar == 3 ? static_cast<HxRegField3*>(new HxUniformVectorField3(lat))
-                                   : new HxUniformScalarField3(lat);
-    HxData::registerData(f, QString::fromLatin1(argv[0]));
+    HxData::registerData(new HxUniformScalarField3(lat), QString::fromLatin1(argv[0]));
     return 1;
 }

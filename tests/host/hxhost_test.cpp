@@ -74,9 +74,7 @@ TEST(Hxhost, ClusterJsonRoundTripsEveryNumber)
     ASSERT_EQ(r.exitCode, 0) << r.err.constData();
     ASSERT_EQ(r.objects().size(), 1);
     QJsonObject c = r.objects()[0].toObject();
-    EXPECT_EQ(c.value("name").toString(), "c.csv");
     EXPECT_EQ(c.value("class").toString(), "HxCluster");
-    EXPECT_EQ(c.value("parameters").toObject().value("LoadCmd").toString(), "load -fake_cluster x");
     QJsonArray pts = c.value("points").toArray();
     ASSERT_EQ(pts.size(), 3);
     const float xs[3] = {0.1f, -1e-38f, 3.4028235e38f};

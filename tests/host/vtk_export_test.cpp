@@ -77,7 +77,7 @@ TEST(VtkExport, FieldOriginAndSpacingFollowTheBoundingBox)
     QTemporaryDir dir;
     QStringList commands;
     for (const auto& c : cases)
-        commands << QString("load -fake_field f%1.csv 1 1 %2 -dataOnly").arg(commands.size()).arg(c.bbox);
+        commands << QString("load -fake_field f%1.csv %2 -dataOnly").arg(commands.size()).arg(c.bbox);
     HostRun r = exportRun(dir.path(), commands);
     ASSERT_EQ(r.exitCode, 0) << r.err.constData();
     for (int i = 0; i < commands.size(); ++i) {
