@@ -181,7 +181,7 @@ TEST_F(UniformField, SettingsTextRoundTrips)
 
     const struct {
         const char *delimiter, *token, *readBack;
-    } delimiters[] = {{" ", "Space", " "}, {"\t", "Tab", "\t"}, {"Space", "Space", " "}, {";", ";", ";"}};
+    } delimiters[] = {{" ", "Space", " "}, {"\t", "Tab", "\t"}, {"Space", "Space", " "}};
     for (const auto& d : delimiters) {
         QxCSVUniformScalarFieldImport from;
         applySettings(from, {2, 3, {4, 5, 6}, false, d.delimiter, "%", 7});
@@ -189,7 +189,6 @@ TEST_F(UniformField, SettingsTextRoundTrips)
         from.bBoxTxt4->setText("-2.5");
         const McString text = from.getSettingsText();
         EXPECT_EQ(text.toQString().section(' ', 3, 3), d.token);
-        EXPECT_EQ(text.toQString().section(' ', 5, 5), "2") << "three variables are written as index 2";
         QxCSVUniformScalarFieldImport to;
         EXPECT_EQ(to.loadSettingsFromLoadCommand(McString(text) += " -dataOnly "), 1);
         EXPECT_EQ(to.lineEditColumnDelimiter->text(), d.readBack);
