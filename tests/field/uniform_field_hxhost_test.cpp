@@ -28,9 +28,9 @@ using UniformFieldReplay = FieldTest;
 TEST_F(UniformFieldReplay, EveryTypeAndVariableCountReplaysToTheSameField)
 {
     const char* delimiters[] = {";", "\t", " ", "\"", ","};
-    const char* types[] = {"byte", "short", "ushort", "int32", "float", "double"};
-    const char* vtkTypes[] = {"UInt8", "Int16", "UInt16", "Int32", "Float32", "Float64"};
-    const char* classes[] = {"HxUniformScalarField3", "HxUniformComplexScalarField3", "HxUniformVectorField3",
+    const QString types[] = {"byte", "short", "ushort", "int32", "float", "double"};
+    const QString vtkTypes[] = {"UInt8", "Int16", "UInt16", "Int32", "Float32", "Float64"};
+    const QString classes[] = {"HxUniformScalarField3", "HxUniformComplexScalarField3", "HxUniformVectorField3",
                              "HxUniformColorField3",  "HxRegField3",                  "HxUniformComplexVectorField3"};
     std::vector<Imported> imported;
     QStringList args = {"--export", dir.filePath("vtk")};

@@ -24,6 +24,9 @@
 #include "HxParameter.h"
 #include "JsonWriter.h"
 
+// Failures show texts as texts, not as lists of characters.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+
 // Every test starts and ends with an empty object pool, and starts with an
 // empty console.
 class ImportTest : public ::testing::Test {
