@@ -166,6 +166,8 @@ int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
     file.reset(openFile(name));
     HxCSVInput input(file.get());
     skipLines(input, dataStartLineNum - 1LL);
+    if (rowsCounted)
+        rowsCounted(count);
     resizeDataStorage(count);
     readRows(input, count, ignoreColumnCount, plainLines);
     return 1;

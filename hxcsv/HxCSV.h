@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <tuple>
 #include <vector>
@@ -53,6 +54,14 @@ public:
         McString firstText;
     };
 
+    // Float rows in storage that the caller sizes itself once the rows are
+    // counted (rowsCounted): row i goes to first[i * stride]. Lets a column
+    // land in its final place, such as one component of an array of points.
+    struct FloatRows {
+        float* first = nullptr;
+        int stride = 1;
+    };
+
     // One binding of a file column to a target array.
     struct CSVDataColumn {
         int columnIndex = 0;  // 0-based field of a record; negative: not read
@@ -66,6 +75,7 @@ public:
         McDArray<float>* floatData = nullptr;
         McDArray<double>* doubleData = nullptr;
         TextNumberMisses* textNumberMisses = nullptr; // TextNumber, optional
+        FloatRows* floatRows = nullptr; // Float or TextNumber instead of floatData
     };
 
     enum StorageKind {
@@ -150,6 +160,15 @@ public:
     // record reader; unlike one it keeps no string per value. misses, when
     // given, learns of the texts that were not wholly a number.
     void addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNumberMisses* misses = nullptr);
+
+    // The same two bindings into storage that the caller sizes in its
+    // rowsCounted handler and describes in rows before the handler returns.
+    void addColumn(int columnIndex, FloatRows* rows);
+    void addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMisses* misses = nullptr);
+
+    // Called by parse with the number of rows once they are counted, before
+    // any target is sized or any row stored.
+    std::function<void(int rows)> rowsCounted;
 
     // Sizes every target to rows (negative counts as 0); numbers and raw
     // buffers are cleared to 0, vector elements are left as they are.

@@ -63,6 +63,16 @@ void store(McDArray<T>* array, int rowIndex, const T& value)
         *row = value;
 }
 
+// A float column's row, in an array or in the caller's own storage.
+float* floatRow(const HxCSV::CSVDataColumn& column, int rowIndex, int storageRows)
+{
+    if (!column.floatRows)
+        return rowOf(column.floatData, rowIndex);
+    if (!column.floatRows->first || rowIndex < 0 || rowIndex >= storageRows)
+        return nullptr;
+    return column.floatRows->first + static_cast<ptrdiff_t>(rowIndex) * column.floatRows->stride;
+}
+
 template <class T>
 void resizeZeroed(McDArray<T>* array, int rows)
 {
@@ -163,6 +173,18 @@ void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNum
     columns.last().storageKind = TextNumber;
     columns.last().floatData = array;
     columns.last().textNumberMisses = misses;
+}
+
+void HxCSV::addColumn(int columnIndex, FloatRows* rows)
+{
+    addColumn(columnIndex, static_cast<McDArray<float>*>(nullptr));
+    columns.last().floatRows = rows;
+}
+
+void HxCSV::addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMisses* misses)
+{
+    addTextNumberColumn(columnIndex, static_cast<McDArray<float>*>(nullptr), misses);
+    columns.last().floatRows = rows;
 }
 
 void HxCSV::resizeDataStorage(int rows)
@@ -335,8 +357,9 @@ void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, HxC
 {
     const char* begin = record + text.begin;
     size_t used = 0;
-    store(column.floatData, rowIndex,
-          static_cast<float>(HxCSVNumbers::strtod(begin, static_cast<size_t>(text.length), &used)));
+    const double value = HxCSVNumbers::strtod(begin, static_cast<size_t>(text.length), &used);
+    if (float* row = floatRow(column, rowIndex, storageRows))
+        *row = static_cast<float>(value);
     TextNumberMisses* misses = column.textNumberMisses;
     if (!misses || wholeNumber(begin, text.length, used))
         return;
@@ -360,9 +383,12 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
         storeComponent(column.vec3dData, rowIndex, column.component,
                        static_cast<double>(static_cast<float>(storedValue<double>(record, fieldIndex, ok))));
         break;
-    case Float:
-        store(column.floatData, rowIndex, storedValue<float>(record, fieldIndex, ok));
+    case Float: {
+        const float value = storedValue<float>(record, fieldIndex, ok);
+        if (float* row = floatRow(column, rowIndex, storageRows))
+            *row = value;
         break;
+    }
     case Double:
         store(column.doubleData, rowIndex, storedValue<double>(record, fieldIndex, ok));
         break;

@@ -132,6 +132,8 @@ HxCSVParseParameters* QxCSVPointClusterImport::currentParseParameters()
     return params.get();
 }
 
+// The parser writes coordinates and numeric values into the cluster itself,
+// sized once the rows are counted: no second copy of a large file.
 int QxCSVPointClusterImport::parseFile()
 {
     HxCSVParseParameters* p = currentParseParameters();
@@ -139,17 +141,20 @@ int QxCSVPointClusterImport::parseFile()
         return 0;
     HxCSV csv;
     hxcsv::configureParser(csv, *p, *this, true, p->noLineBreaks);
-    McDArray<float> xyz[coordinateCount];
+    ClusterRows rows;
     for (int a = 0; a < coordinateCount; ++a)
-        csv.addColumn((*p->columnIndices)[a], &xyz[a]);
+        csv.addColumn((*p->columnIndices)[a], &rows.xyz[a]);
     applyReplayChoices(*p);
     McDArray<ValueBinding> data, labels;
-    bindValueColumns(csv, data, labels);
+    bindValueColumns(csv, rows, data, labels);
 
+    std::unique_ptr<HxCluster> cluster(HxCluster::createInstance());
+    csv.rowsCounted = [&](int n) { sizeCluster(*cluster, n, rows, data, labels.size()); };
     int result = 0;
     if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked(), result))
         return 0;
-    createdData = buildCluster(csv, xyz, data, labels);
+    finishCluster(*cluster, csv, data, labels);
+    createdData = cluster.release();
     HxData::registerData(createdData, p->fileName.toQString());
     return result;
 }
@@ -176,10 +181,9 @@ void QxCSVPointClusterImport::applyReplayChoices(const HxCSVParseParameters& p)
     }
 }
 
-// Value columns are read as text whatever their type: "Real" ones are
-// converted per point by the builder, so a stray word does not fail the
-// whole parse.
-void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, McDArray<ValueBinding>& data,
+// "Real" value columns are read as text converted with strtod, so a stray
+// word gives 0 instead of failing the whole parse.
+void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, ClusterRows& rows, McDArray<ValueBinding>& data,
                                                McDArray<ValueBinding>& labels)
 {
     for (int c = firstValueColumn; c < tableWidgetColumnIndexes->columnCount(); ++c) {
@@ -192,50 +196,52 @@ void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, McDArray<ValueBinding
         if (text)
             csv.addColumn(file, &stringColumns[v]);
         else
-            csv.addTextNumberColumn(file, &numberColumns[v], &numberMisses[v]);
+            csv.addTextNumberColumn(file, &rows.values[v], &numberMisses[v]);
         (text ? labels : data).append({v, file});
     }
 }
 
-HxCluster* QxCSVPointClusterImport::buildCluster(HxCSV& csv, const McDArray<float>* xyz,
-                                                 const McDArray<ValueBinding>& data,
-                                                 const McDArray<ValueBinding>& labels)
+void QxCSVPointClusterImport::sizeCluster(HxCluster& cluster, int n, ClusterRows& rows,
+                                          const McDArray<ValueBinding>& data, int labelCount)
 {
-    HxCluster* cluster = HxCluster::createInstance();
-    cluster->setNumDataColumns(data.size(), McPrimType(3));
-    cluster->setNumLabelColumns(labels.size());
-    const int n = xyz[0].size();
-    cluster->resize(n);
-    for (int i = 0; i < n; ++i) {
-        cluster->points[i] = McVec3f(xyz[0][i], xyz[1][i], xyz[2][i]);
-        cluster->ids[i] = i + 1;
-    }
+    static_assert(sizeof(McVec3f) == 3 * sizeof(float), "points are three floats in a row");
+    cluster.setNumDataColumns(data.size(), McPrimType(3));
+    cluster.setNumLabelColumns(labelCount);
+    cluster.resize(n);
+    float* points = n > 0 ? &cluster.points[0][0] : nullptr;
+    for (int a = 0; a < coordinateCount; ++a)
+        rows.xyz[a] = {points ? points + a : nullptr, coordinateCount};
+    for (int d = 0; d < data.size(); ++d)
+        rows.values[data[d].valueColumn] = {cluster.dataColumns[d].floatData(), 1};
+}
+
+void QxCSVPointClusterImport::finishCluster(HxCluster& cluster, HxCSV& csv, const McDArray<ValueBinding>& data,
+                                            const McDArray<ValueBinding>& labels)
+{
+    const int n = cluster.getNumPoints();
+    for (int i = 0; i < n; ++i)
+        cluster.ids[i] = i + 1;
     const bool named = params && params->firstRowContainsColumnNames;
     for (int d = 0; d < data.size(); ++d) {
-        fillDataColumn(*cluster, d, data[d]);
+        warnTextInNumbers(data[d]);
         if (named)
-            cluster->dataColumns[d].name = csv.getColumnName(data[d].fileColumn);
+            cluster.dataColumns[d].name = csv.getColumnName(data[d].fileColumn);
     }
     for (int l = 0; l < labels.size(); ++l) {
-        HxCluster::LabelColumn& column = cluster->labelColumns[l];
+        HxCluster::LabelColumn& column = cluster.labelColumns[l];
         const McDArray<McString>& texts = stringColumns[labels[l].valueColumn];
         for (int i = 0; i < n && i < column.labels.size() && i < texts.size(); ++i)
             column.labels[i] = texts[i].toQString();
         if (named)
             column.name = csv.getColumnName(labels[l].fileColumn);
     }
-    cluster->computeBounds();
-    return cluster;
+    cluster.computeBounds();
 }
 
 // Text that is not a number becomes 0 (or its leading number); the console
 // says how often that happened and where first, so it is not lost unseen.
-void QxCSVPointClusterImport::fillDataColumn(HxCluster& cluster, int d, const ValueBinding& b)
+void QxCSVPointClusterImport::warnTextInNumbers(const ValueBinding& b)
 {
-    const McDArray<float>& numbers = numberColumns[b.valueColumn];
-    float* values = cluster.dataColumns[d].floatData();
-    const int n = cluster.getNumPoints();
-    std::memcpy(values, numbers.dataPtr(), sizeof(float) * std::min(n, numbers.size()));
     const HxCSV::TextNumberMisses& misses = numberMisses[b.valueColumn];
     if (misses.count == 0)
         return;

@@ -59,16 +59,24 @@ private:
 
     HxCSVParseParameters* currentParseParameters();
     void applyReplayChoices(const HxCSVParseParameters& p);
-    void bindValueColumns(HxCSV& csv, McDArray<ValueBinding>& data, McDArray<ValueBinding>& labels);
-    HxCluster* buildCluster(HxCSV& csv, const McDArray<float>* xyz, const McDArray<ValueBinding>& data,
-                            const McDArray<ValueBinding>& labels);
-    void fillDataColumn(HxCluster& cluster, int d, const ValueBinding& b);
+    // The rows of the columns the parser writes straight into the cluster.
+    struct ClusterRows {
+        HxCSV::FloatRows xyz[3];
+        HxCSV::FloatRows values[maxValueColumns];
+    };
+
+    void bindValueColumns(HxCSV& csv, ClusterRows& rows, McDArray<ValueBinding>& data,
+                          McDArray<ValueBinding>& labels);
+    static void sizeCluster(HxCluster& cluster, int n, ClusterRows& rows, const McDArray<ValueBinding>& data,
+                            int labelCount);
+    void finishCluster(HxCluster& cluster, HxCSV& csv, const McDArray<ValueBinding>& data,
+                       const McDArray<ValueBinding>& labels);
+    void warnTextInNumbers(const ValueBinding& b);
 
     // Value types to apply on a replay; empty otherwise.
     McString valueTypeList;
     int valueColumnCounter = 1;
     McDArray<McString> stringColumns[maxValueColumns];
-    McDArray<float> numberColumns[maxValueColumns];
     HxCSV::TextNumberMisses numberMisses[maxValueColumns];
     std::unique_ptr<HxCSVParseParameters> params;
     HxCluster* createdData = nullptr;       // belongs to the host once registered
