@@ -110,12 +110,40 @@ bool meantNonZero(const char* begin, const char* end)
     return false;
 }
 
+// The unsigned [digits][.digits] filling [begin, end), at most 19 bytes,
+// whose digits make an integer m of at most 2^53: m and 10^k are exact
+// doubles, so the one division m / 10^k is correctly rounded and equals
+// fast_float's result for the text. False for anything else; most numbers
+// in files take this way, and it is several times cheaper.
+bool exactShortDecimal(const char* begin, const char* end, double& value)
+{
+    static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
+                                             1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+    if (end - begin > 19)
+        return false;
+    uint64_t m = 0;
+    const char* p = begin;
+    for (; p < end && isDigit(*p); ++p)
+        m = m * 10 + static_cast<uint64_t>(*p - '0');
+    const bool point = p < end && *p == '.';
+    const char* fraction = point ? ++p : end;
+    for (; p < end && isDigit(*p); ++p)
+        m = m * 10 + static_cast<uint64_t>(*p - '0');
+    const bool anyDigit = end - begin > (point ? 1 : 0);
+    if (p != end || !anyDigit || m > (uint64_t(1) << 53))
+        return false;
+    value = static_cast<double>(m) / powersOfTen[end - fraction];
+    return true;
+}
+
 // The unsigned decimal [digits][.digits][e[sign]digits] filling all of
 // [begin, end), as fast_float reads it; false for anything else.
 bool parseUnsignedDecimal(const char* begin, const char* end, double& value)
 {
     if (begin == end || !(isDigit(*begin) || *begin == '.'))
         return false; // no sign again, and no words
+    if (exactShortDecimal(begin, end, value))
+        return true;
     const fast_float::from_chars_result result = fast_float::from_chars(begin, end, value);
     return result.ec == std::errc() && result.ptr == end;
 }
@@ -206,7 +234,8 @@ double strtodWithin(const char* text, const char* end, bool terminated, const ch
         return 0.0;
     }
     double value = 0.0;
-    fast_float::from_chars(digits, numberEnd, value);
+    if (!exactShortDecimal(digits, numberEnd, value))
+        fast_float::from_chars(digits, numberEnd, value);
     *stop = numberEnd;
     return negative ? -value : value;
 }
@@ -295,9 +324,13 @@ bool isShortDecimal(const char* text, size_t length)
 
 double shortDecimalToDouble(const char* text, size_t length)
 {
+    const bool negative = *text == '-';
+    const char* digits = (negative || *text == '+') ? text + 1 : text;
+    double value = 0.0;
+    if (exactShortDecimal(digits, text + length, value))
+        return negative ? -value : value;
     // fast_float takes a minus but no plus.
     const char* begin = *text == '+' ? text + 1 : text;
-    double value = 0.0;
     fast_float::from_chars(begin, text + length, value);
     return value;
 }
