@@ -197,6 +197,8 @@ private:
         bool counting = false;  // the values of the records are not wanted
         bool fieldsByDelimiter = false; // the delimiter is one character, not the quote
         bool plainRecords = false;      // plain records can be read in one go
+        uint64_t testedFields = 0;      // fields whose numbers the record reader tries
+        bool testsAll64 = true;         // testedFields names every field tried
     };
 
     // Numbers of the fields of the record split last, each converted once
