@@ -200,7 +200,7 @@ void HxCSV::resetRecordState(bool counting)
 int HxCSV::countRecords(HxCSVInput& input)
 {
     resetRecordState(true);
-    char record[lineBufferSize];
+    char record[lineBufferSize + lineBufferPadding] = {};
     int count = 0;
     while (readRecord(input, record, count) != -1) {
     }
@@ -236,7 +236,7 @@ bool HxCSV::startsComment(const char* record) const
 void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
 {
     resetRecordState(false);
-    char buffer[lineBufferSize];
+    char buffer[lineBufferSize + lineBufferPadding] = {};
     int recordsRead = 0;
     long long lineNumber = dataStartLineNum - 1LL;
     for (int row = 0; row < count;) {

@@ -90,6 +90,9 @@ public:
 
     // Size of the record buffers; a longer physical line is read as several.
     static constexpr int lineBufferSize = 2048;
+    // Readable bytes after the record buffers, so that numbers can be read
+    // many bytes at a time.
+    static constexpr int lineBufferPadding = 16;
 
     HxCSV();
     ~HxCSV();
@@ -199,6 +202,7 @@ private:
         bool plainRecords = false;      // plain records can be read in one go
         uint64_t testedFields = 0;      // fields whose numbers the record reader tries
         bool testsAll64 = true;         // testedFields names every field tried
+        bool strtodReadsShortDecimals = false; // in the locale of this reading
     };
 
     // Numbers of the fields of the record split last, each converted once
@@ -229,7 +233,7 @@ private:
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split);
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
-    void storeTextNumber(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex);
+    void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     template <class T>
     T fieldValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>

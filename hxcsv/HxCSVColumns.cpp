@@ -247,6 +247,9 @@ void HxCSV::takeNewFields()
         fieldNumbers.resize(fields.size());
 }
 
+static_assert(HxCSV::lineBufferPadding >= static_cast<int>(HxCSVNumbers::recordPadding),
+              "known short decimals are read from the padded record buffers");
+
 // float or double, as toFloat and toDouble give it.
 template <class T>
 T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
@@ -258,10 +261,10 @@ T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
         const size_t length = static_cast<size_t>(field.length);
         const bool knownGood = fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1);
         if constexpr (std::is_same<T, float>::value)
-            converted.value = knownGood ? HxCSVNumbers::shortDecimalToFloat(text, length)
+            converted.value = knownGood ? static_cast<float>(HxCSVNumbers::paddedShortDecimalToDouble(text, length))
                                         : HxCSVNumbers::toFloat(text, length, converted.ok);
         else
-            converted.value = knownGood ? HxCSVNumbers::shortDecimalToDouble(text, length)
+            converted.value = knownGood ? HxCSVNumbers::paddedShortDecimalToDouble(text, length)
                                         : HxCSVNumbers::toDouble(text, length, converted.ok);
         if (knownGood)
             converted.ok = true;
@@ -353,8 +356,18 @@ T* HxCSV::rawRow(const CSVDataColumn& column, int rowIndex) const
     return static_cast<T*>(*column.rawData) + rowIndex;
 }
 
-void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
+void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
 {
+    if (syntax.strtodReadsShortDecimals && fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1)) {
+        // A plain decimal: wholly a number, and no quote to take off.
+        const HxCSVField& field = fields[fieldIndex];
+        const double value =
+            HxCSVNumbers::paddedShortDecimalToDouble(record + field.begin, static_cast<size_t>(field.length));
+        if (float* row = floatRow(column, rowIndex, storageRows))
+            *row = static_cast<float>(value);
+        return;
+    }
+    const HxCSVField text = textOf(record, fields[fieldIndex]);
     const char* begin = record + text.begin;
     size_t used = 0;
     const double value = HxCSVNumbers::strtod(begin, static_cast<size_t>(text.length), &used);
@@ -398,7 +411,7 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
         break;
     }
     case TextNumber:
-        storeTextNumber(column, record, textOf(record, fields[fieldIndex]), rowIndex);
+        storeTextNumber(column, record, fieldIndex, rowIndex);
         break;
     case RawBuffer:
         if (column.primType.getType() == McPrimType::MC_FLOAT) {

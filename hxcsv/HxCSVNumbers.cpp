@@ -10,6 +10,7 @@
 #include <limits>
 #include <string>
 
+#include <emmintrin.h>
 #include <fast_float/fast_float.h>
 #include <langinfo.h>
 
@@ -134,6 +135,19 @@ bool exactShortDecimal(const char* begin, const char* end, double& value)
         return false;
     value = static_cast<double>(m) / powersOfTen[end - fraction];
     return true;
+}
+
+// The value of the n (1 to 8) digits at s, all eight bytes read at once.
+// The bytes after the digits are shifted out, so they need only be readable.
+uint64_t digitsValue(const char* s, size_t n)
+{
+    uint64_t x = 0;
+    std::memcpy(&x, s, sizeof x);
+    // Digits are at least '0': no borrow reaches the digits' bytes.
+    x = (x - 0x3030303030303030u) << (8 * (8 - n));
+    x = x * 10 + (x >> 8);
+    x = ((x & 0x000000FF000000FFu) * 0x000F424000000064u + ((x >> 16) & 0x000000FF000000FFu) * 0x0000271000000001u) >> 32;
+    return static_cast<uint32_t>(x);
 }
 
 // The unsigned decimal [digits][.digits][e[sign]digits] filling all of
@@ -333,6 +347,36 @@ double shortDecimalToDouble(const char* text, size_t length)
     const char* begin = *text == '+' ? text + 1 : text;
     fast_float::from_chars(begin, text + length, value);
     return value;
+}
+
+double paddedShortDecimalToDouble(const char* text, size_t length)
+{
+    static constexpr uint64_t powersOfTen[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+    static constexpr double doublePowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
+    const bool negative = *text == '-';
+    const char* digits = (negative || *text == '+') ? text + 1 : text;
+    const size_t n = static_cast<size_t>(text + length - digits);
+    if (n >= 16)
+        return shortDecimalToDouble(text, length);
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(digits));
+    const unsigned points =
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.')))) & ((1u << n) - 1);
+    const size_t whole = points ? static_cast<size_t>(__builtin_ctz(points)) : n;
+    const size_t fraction = points ? n - whole - 1 : 0;
+    if (whole > 8 || fraction > 8)
+        return shortDecimalToDouble(text, length);
+    const uint64_t m = (whole ? digitsValue(digits, whole) : 0) * powersOfTen[fraction]
+                       + (fraction ? digitsValue(digits + whole + 1, fraction) : 0);
+    if (m > (uint64_t(1) << 53))
+        return shortDecimalToDouble(text, length);
+    // Exact over exact: one correctly rounded division, as in exactShortDecimal.
+    const double value = static_cast<double>(m) / doublePowersOfTen[fraction];
+    return negative ? -value : value;
+}
+
+bool strtodReadsShortDecimals()
+{
+    return decimalPointIsDot();
 }
 
 float shortDecimalToFloat(const char* text, size_t length)

@@ -38,6 +38,15 @@ HXCSV_API bool isShortDecimal(const char* text, size_t length);
 // toDouble and toFloat for a text that isShortDecimal takes, without the
 // checks that such a text never needs: it always converts.
 HXCSV_API double shortDecimalToDouble(const char* text, size_t length);
+
+// The same, faster, for a text followed by at least recordPadding readable
+// bytes (their values do not matter), as records in the parser's buffers are.
+constexpr size_t recordPadding = 16;
+HXCSV_API double paddedShortDecimalToDouble(const char* text, size_t length);
+
+// Whether std::strtod reads a short decimal as toDouble does: only when the
+// locale's decimal point is '.'.
+HXCSV_API bool strtodReadsShortDecimals();
 HXCSV_API float shortDecimalToFloat(const char* text, size_t length);
 
 // std::strtod on a NUL-terminated text: the longest prefix that is a number,

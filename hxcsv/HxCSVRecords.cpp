@@ -599,6 +599,7 @@ void HxCSV::prepareRecordSyntax(bool counting)
     syntax.breakChar = firstCharacter(verticalDelimiter);
     syntax.commentChar = firstCharacter(commentMarker);
     syntax.lastIndex = lastBoundColumnIndex();
+    syntax.strtodReadsShortDecimals = HxCSVNumbers::strtodReadsShortDecimals();
     for (const CSVDataColumn& column : columns) {
         if ((column.storageKind != Float && column.storageKind != Double) || column.columnIndex < 0)
             continue;

@@ -63,6 +63,9 @@ std::string differences(const std::string& s)
         q.toDouble(&qtOk);
         compare("shortDecimalToDouble", bitsOf(HxCSVNumbers::shortDecimalToDouble(s.data(), s.size())), true,
                 bitsOf(qd), qtOk);
+        const std::string padded = s + std::string(HxCSVNumbers::recordPadding, '7');
+        compare("paddedShortDecimalToDouble",
+                bitsOf(HxCSVNumbers::paddedShortDecimalToDouble(padded.data(), s.size())), true, bitsOf(qd), qtOk);
         q.toFloat(&qtOk);
         compare("shortDecimalToFloat", bitsOf(HxCSVNumbers::shortDecimalToFloat(s.data(), s.size())), true,
                 bitsOf(qf), qtOk);
@@ -114,7 +117,8 @@ TEST(Numbers, MatchTheLibrariesOnTheRules)
         // digits, 19 and 20 bytes, and a tie that a second rounding breaks.
         "9007199254740992", "9007199254740993", "-900719925474099.3", "0.9007199254740993",
         "1234567890123456789", "12345678901234567890", "123456789012345678.", "0.000000000000000001",
-        "0.30000000000000004", "16777217", "1.0000000596046448",
+        "0.30000000000000004", "16777217", "1.0000000596046448", "123456.12345678", "12345678.123456",
+        "-99999999.999999", "0.00000001", "00000000.1", "123456789.5", "1.123456789", "+8.",
     };
     for (const char* s : cases)
         expectSameAsLibraries(s);
