@@ -230,7 +230,8 @@ private:
     bool startsComment(const char* record) const;
     void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
-    int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split);
+    int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
+                 long long lastIndex);
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);

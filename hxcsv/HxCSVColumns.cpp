@@ -254,20 +254,20 @@ static_assert(HxCSV::lineBufferPadding >= static_cast<int>(HxCSVNumbers::recordP
 template <class T>
 T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
 {
+    const HxCSVField& field = fields[fieldIndex];
+    const char* text = record + field.begin;
+    const size_t length = static_cast<size_t>(field.length);
+    // Too short to overflow either type: the narrowing is all toFloat adds.
+    if (fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1)) {
+        ok = true;
+        return static_cast<T>(HxCSVNumbers::paddedShortDecimalToDouble(text, length));
+    }
     Converted<T>& converted = std::get<Converted<T>>(fieldNumbers[fieldIndex]);
     if (converted.split != splitNumber) {
-        const HxCSVField& field = fields[fieldIndex];
-        const char* text = record + field.begin;
-        const size_t length = static_cast<size_t>(field.length);
-        const bool knownGood = fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1);
         if constexpr (std::is_same<T, float>::value)
-            converted.value = knownGood ? static_cast<float>(HxCSVNumbers::paddedShortDecimalToDouble(text, length))
-                                        : HxCSVNumbers::toFloat(text, length, converted.ok);
+            converted.value = HxCSVNumbers::toFloat(text, length, converted.ok);
         else
-            converted.value = knownGood ? HxCSVNumbers::paddedShortDecimalToDouble(text, length)
-                                        : HxCSVNumbers::toDouble(text, length, converted.ok);
-        if (knownGood)
-            converted.ok = true;
+            converted.value = HxCSVNumbers::toDouble(text, length, converted.ok);
         converted.split = splitNumber;
     }
     ok = converted.ok;
@@ -304,7 +304,7 @@ int HxCSV::processLine(QString* record, QString* commentMarker, QString* vertica
         return -2;
     }
     const QByteArray bytes = record->toLatin1();
-    return storeRow(bytes.constData(), bytes.size(), rowIndex, ignoreColumnCount, false);
+    return storeRow(bytes.constData(), bytes.size(), rowIndex, ignoreColumnCount, false, lastBoundColumnIndex());
 }
 
 // processLine for the parser's own records and markers, without a QString.
@@ -316,15 +316,17 @@ int HxCSV::processRecord(const char* record, int length, int rowIndex, bool igno
         verticalDelimiterRows.append(rowIndex);
         return -2;
     }
-    return storeRow(record, length, rowIndex, ignoreColumnCount, fieldsOfRecordRead);
+    return storeRow(record, length, rowIndex, ignoreColumnCount, fieldsOfRecordRead, syntax.lastIndex);
 }
 
-// split: fields already holds the fields of this record.
-int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split)
+// split: fields already holds the fields of this record. lastIndex: the
+// largest bound column index.
+int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
+                    long long lastIndex)
 {
     if (!split)
         splitRecord(record, length);
-    if (!ignoreColumnCount && static_cast<long long>(fields.size()) < lastBoundColumnIndex() + 1)
+    if (!ignoreColumnCount && static_cast<long long>(fields.size()) < lastIndex + 1)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
     for (int position = 0; position < columns.size(); ++position) {
         const CSVDataColumn& column = columns[position];

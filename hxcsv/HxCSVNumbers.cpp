@@ -137,6 +137,17 @@ bool exactShortDecimal(const char* begin, const char* end, double& value)
     return true;
 }
 
+// value, negated when negative, without a branch: a mispredicted one here
+// costs more than the whole conversion.
+double withSign(double value, bool negative)
+{
+    uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    bits ^= static_cast<uint64_t>(negative) << 63;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
 // The value of the n (1 to 8) digits at s, all eight bytes read at once.
 // The bytes after the digits are shifted out, so they need only be readable.
 uint64_t digitsValue(const char* s, size_t n)
@@ -251,7 +262,7 @@ double strtodWithin(const char* text, const char* end, bool terminated, const ch
     if (!exactShortDecimal(digits, numberEnd, value))
         fast_float::from_chars(digits, numberEnd, value);
     *stop = numberEnd;
-    return negative ? -value : value;
+    return withSign(value, negative);
 }
 
 } // namespace
@@ -276,7 +287,7 @@ static inline double qtToDouble(const char* text, size_t length, bool& ok)
     if (value == 0.0 && meantNonZero(t.afterSign, t.end))
         return 0.0;
     ok = true;
-    return t.negative ? -value : value;
+    return withSign(value, t.negative);
 }
 
 double toDouble(const char* text, size_t length, bool& ok)
@@ -342,7 +353,7 @@ double shortDecimalToDouble(const char* text, size_t length)
     const char* digits = (negative || *text == '+') ? text + 1 : text;
     double value = 0.0;
     if (exactShortDecimal(digits, text + length, value))
-        return negative ? -value : value;
+        return withSign(value, negative);
     // fast_float takes a minus but no plus.
     const char* begin = *text == '+' ? text + 1 : text;
     fast_float::from_chars(begin, text + length, value);
@@ -370,8 +381,7 @@ double paddedShortDecimalToDouble(const char* text, size_t length)
     if (m > (uint64_t(1) << 53))
         return shortDecimalToDouble(text, length);
     // Exact over exact: one correctly rounded division, as in exactShortDecimal.
-    const double value = static_cast<double>(m) / doublePowersOfTen[fraction];
-    return negative ? -value : value;
+    return withSign(static_cast<double>(m) / doublePowersOfTen[fraction], negative);
 }
 
 bool strtodReadsShortDecimals()

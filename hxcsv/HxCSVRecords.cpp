@@ -144,7 +144,9 @@ private:
 
     bool skipPlainRecord(int& recordCount);
     bool readPlainRecord(int& recordCount);
-    bool scanPlainRecord(const char* start, const char* blockEnd, const char*& textEnd, const char*& next);
+    bool startsPlainRecord(const char* start) const;
+    template <class OnField>
+    bool scanPlainRecord(const char* start, const char*& textEnd, const char*& next, OnField onField);
     End readRecord();
     End startRecord(int c);
     End continueRecord(int c);
@@ -224,12 +226,19 @@ template <class Source>
 bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
 {
     const char* start = source.input.available();
-    const char* blockEnd = source.input.availableEnd();
-    if (start == blockEnd || source.stops.stops(*start) || static_cast<unsigned char>(*start) == syntax.commentChar)
+    if (!startsPlainRecord(start))
         return false;
     const char* textEnd = nullptr; // past the stored text
     const char* next = nullptr;    // where reading goes on
-    if (!scanPlainRecord(start, blockEnd, textEnd, next))
+    csv.fields.clear();
+    shortDecimals = 0;
+    const auto noteField = [this, start](const char* field, int length, long long index, bool shortDecimal) {
+        csv.fields.push_back({static_cast<int>(field - start), length});
+        if (shortDecimal && index < 64)
+            shortDecimals |= uint64_t(1) << index;
+        return true;
+    };
+    if (!scanPlainRecord(start, textEnd, next, noteField))
         return false;
     lineEndPassed = *textEnd != static_cast<char>(syntax.delimiter);
     length = static_cast<int>(textEnd - start);
@@ -252,19 +261,53 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
 }
 
 // While counting, the record that readPlainRecord would take is passed
-// over without copying it or noting its fields, looking at each 16 bytes
-// once. A tried field that is not plainly a number, a record not wholly in
-// the block, and anything else unusual go the longer way.
+// over without copying it or noting its fields. A tried field that is not
+// plainly a number goes the longer way, which converts it.
 template <class Source>
 bool HxCSV::RecordReader<Source>::skipPlainRecord(int& recordCount)
 {
     const char* start = source.input.available();
-    const char* blockEnd = source.input.availableEnd();
-    if (!syntax.testsAll64 || start == blockEnd || source.stops.stops(*start)
-        || static_cast<unsigned char>(*start) == syntax.commentChar)
+    if (!syntax.testsAll64 || !startsPlainRecord(start))
         return false;
-    const long long needed = fieldsNeeded();
     const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
+    const char* textEnd = nullptr;
+    const char* next = nullptr;
+    const auto plainNumberWhereTried = [tested](const char* field, int length, long long index, bool shortDecimal) {
+        return index >= 64 || !(tested >> index & 1) || shortDecimal
+               || HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(length));
+    };
+    if (!scanPlainRecord(start, textEnd, next, plainNumberWhereTried))
+        return false;
+    source.input.skipTo(next);
+    if (*textEnd == static_cast<char>(syntax.delimiter) && !csv.noLineBreaks)
+        discardRestOfLine();
+    ++recordCount;
+    length = 0;
+    buffer[0] = '\0';
+    return true;
+}
+
+// A plain record starts with a byte that is neither special nor a comment.
+template <class Source>
+bool HxCSV::RecordReader<Source>::startsPlainRecord(const char* start) const
+{
+    return start != source.input.availableEnd() && !source.stops.stops(*start)
+           && static_cast<unsigned char>(*start) != syntax.commentChar;
+}
+
+// Finds the fields of a plain record at start, looking at each 16 bytes
+// once, and hands each to onField(begin, length, index, shortDecimal),
+// which may refuse it. False at anything that is not plain, or when the
+// record does not end within the block and within the room of the buffer.
+// textEnd is the delimiter that completes the record, or the line end;
+// next is where reading goes on.
+template <class Source>
+template <class OnField>
+bool HxCSV::RecordReader<Source>::scanPlainRecord(const char* start, const char*& textEnd, const char*& next,
+                                                  OnField onField)
+{
+    const char* blockEnd = source.input.availableEnd();
+    const long long needed = fieldsNeeded();
     const char* limit = blockEnd - start > size - 1 ? start + size - 1 : blockEnd;
     const char delimiter = static_cast<char>(syntax.delimiter);
     const char* fieldStart = start;
@@ -275,12 +318,12 @@ bool HxCSV::RecordReader<Source>::skipPlainRecord(int& recordCount)
             if (q == fieldStart) // a run of delimiters
                 return false;
             const int k = static_cast<int>(q - fieldStart);
-            if (found < 64 && (tested >> found & 1)
-                && !(k < 16 && limit - fieldStart >= 16 ? Stops::shortDecimalIn16(fieldStart, k)
-                                                        : HxCSVNumbers::isShortDecimal(fieldStart, static_cast<size_t>(k))))
+            // The bytes are looked at once for both: a short decimal needs
+            // no test while counting, and fewer checks when converted.
+            const bool shortDecimal = k < 16 && limit - fieldStart >= 16 && Stops::shortDecimalIn16(fieldStart, k);
+            if (!onField(fieldStart, k, found, shortDecimal))
                 return false;
             ++found;
-            const char* next = nullptr;
             if (*q == delimiter) {
                 if (found < needed) {
                     fieldStart = q + 1;
@@ -293,59 +336,11 @@ bool HxCSV::RecordReader<Source>::skipPlainRecord(int& recordCount)
                     return false;
                 next = lineFeed + 1;
             }
-            source.input.skipTo(next);
-            if (*q == delimiter && !csv.noLineBreaks)
-                discardRestOfLine();
-            ++recordCount;
-            length = 0;
-            buffer[0] = '\0';
+            textEnd = q;
             return true;
         }
     }
     return false;
-}
-
-// Notes the fields of a plain record at start; false at anything that is
-// not plain, or when the record does not end within the block and within
-// the room of the buffer. textEnd is the delimiter that completes the
-// record, or the line end.
-template <class Source>
-bool HxCSV::RecordReader<Source>::scanPlainRecord(const char* start, const char* blockEnd, const char*& textEnd,
-                                                  const char*& next)
-{
-    const long long needed = fieldsNeeded();
-    const char* limit = blockEnd - start > size - 1 ? start + size - 1 : blockEnd;
-    const char delimiter = static_cast<char>(syntax.delimiter);
-    csv.fields.clear();
-    shortDecimals = 0;
-    long long found = 0;
-    for (const char* fieldStart = start;;) {
-        const char* q = source.stops.find(fieldStart, limit);
-        // The bytes are looked at once for both: a short decimal needs no
-        // test while counting, and fewer checks when converted.
-        if (found < 64 && q - fieldStart < 16 && limit - fieldStart >= 16
-            && Stops::shortDecimalIn16(fieldStart, static_cast<int>(q - fieldStart)))
-            shortDecimals |= uint64_t(1) << found;
-        if (q == limit || q == fieldStart) // no end here, or a run of delimiters
-            return false;
-        csv.fields.push_back({static_cast<int>(fieldStart - start), static_cast<int>(q - fieldStart)});
-        ++found;
-        if (*q == delimiter) {
-            if (found < needed) {
-                fieldStart = q + 1;
-                continue;
-            }
-            textEnd = q;
-            next = q + 1;
-            return true;
-        }
-        const char* lineFeed = (*q == '\r' && q + 1 < blockEnd) ? q + 1 : q;
-        if (*lineFeed != '\n' || found < needed)
-            return false;
-        textEnd = q;
-        next = lineFeed + 1;
-        return true;
-    }
 }
 
 template <class Source>
@@ -468,11 +463,10 @@ bool HxCSV::RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& 
             continue;
         const size_t index = static_cast<size_t>(column.columnIndex);
         const HxCSVField& field = fields[index];
-        // While counting, the common case is known good without converting;
-        // while reading, the row needs the values anyway.
-        if (syntax.counting
-            && ((index < 64 && (shortDecimals >> index & 1))
-                || HxCSVNumbers::isShortDecimal(buffer + field.begin, static_cast<size_t>(field.length))))
+        // The common case is known good without converting; a value that
+        // had to be tried is kept for the row while reading.
+        if ((index < 64 && (shortDecimals >> index & 1))
+            || (syntax.counting && HxCSVNumbers::isShortDecimal(buffer + field.begin, static_cast<size_t>(field.length))))
             continue;
         bool ok = false;
         if (column.storageKind == Float)
