@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include "HxCSV.h"
@@ -9,6 +10,7 @@
 #include "HxCSVUtils.h"
 #include "HxCluster.h"
 #include "HxMessage.h"
+#include "LargeArrays.h"
 #include "LoadCommand.h"
 
 namespace {
@@ -205,8 +207,18 @@ void QxCSVPointClusterImport::sizeCluster(HxCluster& cluster, int n, ClusterRows
                                           const McDArray<ValueBinding>& data, int labelCount)
 {
     static_assert(sizeof(McVec3f) == 3 * sizeof(float), "points are three floats in a row");
+    // The cluster counts the bytes of a value column in an int.
+    if (n > INT_MAX / static_cast<int>(sizeof(float))) {
+        McString text;
+        text.printf("Too many rows for one point cloud (%d)", n);
+        throw CSVException(text.getString(), CSVException::BadValue);
+    }
     cluster.setNumDataColumns(data.size(), McPrimType(3));
     cluster.setNumLabelColumns(labelCount);
+    hxcsv::reserveFinalSize(cluster.points, n);
+    hxcsv::reserveFinalSize(cluster.ids, n);
+    for (HxCluster::DataColumn& column : cluster.dataColumns)
+        hxcsv::reserveFinalSize(column.bytes, n * column.primType.size());
     cluster.resize(n);
     float* points = n > 0 ? &cluster.points[0][0] : nullptr;
     for (int a = 0; a < coordinateCount; ++a)
