@@ -240,6 +240,11 @@ void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool 
     int recordsRead = 0;
     long long lineNumber = dataStartLineNum - 1LL;
     for (int row = 0; row < count;) {
+        if (!plainLines) {
+            row = storePlainRows(input, buffer, row, count, ignoreColumnCount, lineNumber, recordsRead);
+            if (row == count)
+                break;
+        }
         ++lineNumber;
         const int length = readOneRecord(input, buffer, plainLines, recordsRead);
         if (length < 0)

@@ -203,6 +203,7 @@ private:
         uint64_t testedFields = 0;      // fields whose numbers the record reader tries
         bool testsAll64 = true;         // testedFields names every field tried
         bool strtodReadsShortDecimals = false; // in the locale of this reading
+        bool shortDecimalTargets = false;      // every bound column takes a short decimal as it is
     };
 
     // Numbers of the fields of the record split last, each converted once
@@ -229,9 +230,12 @@ private:
     int readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
     bool startsComment(const char* record) const;
     void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
+    int storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
+                       long long& lineNumber, int& recordsRead);
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
                  long long lastIndex);
+    bool storeShortDecimalRow(const char* record, int rowIndex, bool ignoreColumnCount);
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);

@@ -3,6 +3,7 @@
 #include "HxCSV.h"
 
 #include "HxCSVNumbers.h"
+#include "LargeArrays.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -73,13 +74,24 @@ float* floatRow(const HxCSV::CSVDataColumn& column, int rowIndex, int storageRow
     return column.floatRows->first + static_cast<ptrdiff_t>(rowIndex) * column.floatRows->stride;
 }
 
+// Every target is sized once, before it is filled: room for all rows in one
+// allocation, on huge pages where the kernel has them.
+template <class T>
+void resizeOnce(McDArray<T>* array, int rows)
+{
+    if (!array)
+        return;
+    hxcsv::reserveFinalSize(*array, rows);
+    array->resize(rows);
+}
+
 template <class T>
 void resizeZeroed(McDArray<T>* array, int rows)
 {
     if (!array)
         return;
     const int oldSize = array->size();
-    array->resize(rows);
+    resizeOnce(array, rows);
     for (int i = oldSize; i < rows; ++i)
         (*array)[i] = 0;
 }
@@ -194,12 +206,10 @@ void HxCSV::resizeDataStorage(int rows)
     for (const CSVDataColumn& column : columns) {
         switch (column.storageKind) {
         case FloatVectorComponent:
-            if (column.vec3fData)
-                column.vec3fData->resize(rows);
+            resizeOnce(column.vec3fData, rows);
             break;
         case DoubleVectorComponent:
-            if (column.vec3dData)
-                column.vec3dData->resize(rows);
+            resizeOnce(column.vec3dData, rows);
             break;
         case Float:
         case TextNumber:
@@ -209,8 +219,7 @@ void HxCSV::resizeDataStorage(int rows)
             resizeZeroed(column.doubleData, rows);
             break;
         case Text:
-            if (column.stringData)
-                column.stringData->resize(rows);
+            resizeOnce(column.stringData, rows);
             break;
         case RawBuffer:
             resizeRaw(column, rows);
@@ -335,6 +344,39 @@ int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreCol
         storeField(column, record, pickField(position, rowIndex, ignoreColumnCount), rowIndex);
     }
     return 1;
+}
+
+// storeRow for a plain record when every bound field is a known short
+// decimal bound to a float or double target: the same values, without the
+// general conversions. False, storing nothing, for any other row.
+bool HxCSV::storeShortDecimalRow(const char* record, int rowIndex, bool ignoreColumnCount)
+{
+    if (!syntax.shortDecimalTargets)
+        return false;
+    const size_t count = fields.size();
+    const auto fieldOf = [&](int position) {
+        return (ignoreColumnCount && count <= static_cast<size_t>(position))
+                   ? 0
+                   : static_cast<size_t>(columns[position].columnIndex);
+    };
+    for (int position = 0; position < columns.size(); ++position) {
+        const size_t index = fieldOf(position);
+        if (columns[position].columnIndex >= 0 && (index >= 64 || !(shortDecimalFields >> index & 1)))
+            return false;
+    }
+    for (int position = 0; position < columns.size(); ++position) {
+        const CSVDataColumn& column = columns[position];
+        if (column.columnIndex < 0)
+            continue;
+        const HxCSVField& field = fields[fieldOf(position)];
+        const double value =
+            HxCSVNumbers::paddedShortDecimalToDouble(record + field.begin, static_cast<size_t>(field.length));
+        if (column.storageKind == Double)
+            store(column.doubleData, rowIndex, value);
+        else if (float* row = floatRow(column, rowIndex, storageRows))
+            *row = static_cast<float>(value);
+    }
+    return true;
 }
 
 // With ignoreColumnCount a short record feeds its first field to the

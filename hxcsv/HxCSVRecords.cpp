@@ -136,6 +136,15 @@ public:
     RecordReader(HxCSV& csv, Source& source, char* buffer, int size);
     // The record's length, or -1 at end of file.
     int read(int& recordCount);
+    // The next record when it is plain (see readPlainRecord), else false
+    // and nothing read.
+    bool readPlain(int& recordCount, int& recordLength)
+    {
+        if (!syntax.plainRecords || !readPlainRecord(recordCount))
+            return false;
+        recordLength = length;
+        return true;
+    }
 
 private:
     enum class Kind { Data, Comment, Break };
@@ -594,6 +603,13 @@ void HxCSV::prepareRecordSyntax(bool counting)
     syntax.commentChar = firstCharacter(commentMarker);
     syntax.lastIndex = lastBoundColumnIndex();
     syntax.strtodReadsShortDecimals = HxCSVNumbers::strtodReadsShortDecimals();
+    syntax.shortDecimalTargets = true;
+    for (const CSVDataColumn& column : columns) {
+        const bool number = column.storageKind == Float || column.storageKind == Double
+                            || (column.storageKind == TextNumber && syntax.strtodReadsShortDecimals);
+        if (column.columnIndex >= 0 && !number)
+            syntax.shortDecimalTargets = false;
+    }
     for (const CSVDataColumn& column : columns) {
         if ((column.storageKind != Float && column.storageKind != Double) || column.columnIndex < 0)
             continue;
@@ -607,6 +623,26 @@ void HxCSV::prepareRecordSyntax(bool counting)
     syntax.fieldsByDelimiter = columnDelimiter->length() == 1 && syntax.delimiter != '"';
     // A delimiter that is a line end, or dropped, reads differently.
     syntax.plainRecords = syntax.fieldsByDelimiter && syntax.delimiter != '\n' && syntax.delimiter != '\r';
+}
+
+// Stores the plain records that come next, from row on, with one reader
+// for all: such a record is never a comment or a block break, and its
+// fields are known. Returns the row after the last stored; the record that
+// is not plain is left for readRecord.
+int HxCSV::storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
+                          long long& lineNumber, int& recordsRead)
+{
+    const Stops stops(syntax.delimiter, syntax.breakChar, syntax.special);
+    BlockSource source(input, stops);
+    RecordReader<BlockSource> reader(*this, source, buffer, lineBufferSize);
+    int length = 0;
+    while (row < count && reader.readPlain(recordsRead, length)) {
+        ++lineNumber;
+        if (!storeShortDecimalRow(buffer, row, ignoreColumnCount))
+            storeRow(buffer, length, row, ignoreColumnCount, true, syntax.lastIndex);
+        ++row;
+    }
+    return row;
 }
 
 int HxCSV::readRecord(HxCSVInput& input, char* buffer, int& recordCount)
