@@ -9,6 +9,7 @@
 #include "HxCSVUtils.h"
 #include "HxLineSet.h"
 #include "HxMessage.h"
+#include "LargeArrays.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ public:
                 const McDArray<int>& breakRows)
         : set(set), values(values), n(values.size()), perVertex(valuesPerVertex), mode(mode), breakRows(breakRows)
     {
+        hxcsv::reserveFinalSize(pointIndex, n);
         pointIndex.resize(n);
     }
 
@@ -59,6 +61,7 @@ public:
             ++p;
         }
         finish(k);
+        flushPoints();
         return true;
     }
 
@@ -89,10 +92,24 @@ private:
         ++nextBreak;
     }
 
+    // Points go to the line set a batch at a time; a line is handed over
+    // only once all its points are there.
+    void addPoint(const McVec3f& point)
+    {
+        if (pendingPoints == pointBatch)
+            flushPoints();
+        pending[pendingPoints++] = point;
+    }
+
+    void flushPoints()
+    {
+        set.addPoints(pending, pendingPoints);
+        pendingPoints = 0;
+    }
+
     void addVertex(int j)
     {
-        const McVec3f point(values[p], values[p + 1], values[p + 2]);
-        set.addPoints(&point, 1);
+        addPoint(McVec3f(values[p], values[p + 1], values[p + 2]));
         p += 2;
         pointIndex[vertex] = vertex;
         for (int t = 0; t < perVertex; ++t)
@@ -108,7 +125,7 @@ private:
         if (mode == LineMode::OneLine)
             addLine(k, 0);
         if (mode == LineMode::Count) {
-            set.setNumDataValues(perVertex);
+            setNumDataValues();
             addLine(k, vertex - k);
             writeValues(lineCounter++, 0, k);
         }
@@ -121,20 +138,28 @@ private:
         if (mode == LineMode::Delimiter) {
             lineStarts.append(lineFirst);
             addLine(k - lineFirst, lineFirst);
-            set.setNumDataValues(perVertex);
+            setNumDataValues();
             for (int line = 0; line < lineStarts.size(); ++line) {
                 const int end = line + 1 < lineStarts.size() ? lineStarts[line + 1] : k;
                 writeValues(line, lineStarts[line], end - lineStarts[line]);
             }
         }
         if (mode == LineMode::OneLine) {
-            set.setNumDataValues(perVertex);
+            setNumDataValues();
             writeValues(0, 0, k);
         }
     }
 
+    // The data arrays take the size of the points there are.
+    void setNumDataValues()
+    {
+        flushPoints();
+        set.setNumDataValues(perVertex);
+    }
+
     void addLine(int count, int first)
     {
+        flushPoints();
         set.addLine(count > 0 ? count : 0, pointIndex.dataPtr() + first, -1);
     }
 
@@ -153,6 +178,9 @@ private:
     const int perVertex;
     const LineMode mode;
     const McDArray<int>& breakRows;
+    static constexpr int pointBatch = 4096;
+    McVec3f pending[pointBatch];
+    int pendingPoints = 0;
     McDArray<int> pointIndex; // point index of every vertex
     McDArray<float> passValues; // the values of this pass's vertices
     McDArray<int> lineStarts;   // first vertex of each line (delimiter mode)
