@@ -151,7 +151,7 @@ private:
     // Open: the record goes on; Nothing: end of file before any character.
     enum class End { Open, Nothing, FieldCount, BreakCharacter, LineEnd, BufferFull, EndOfFile, Comment };
 
-    bool skipPlainRecord(int& recordCount);
+    bool skipPlainRecords(int& recordCount);
     bool readPlainRecord(int& recordCount);
     bool startsPlainRecord(const char* start) const;
     template <class OnField>
@@ -203,7 +203,7 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
 {
     for (;;) {
         if constexpr (Source::buffered) {
-            if (syntax.plainRecords && syntax.counting && skipPlainRecord(recordCount))
+            if (syntax.plainRecords && syntax.counting && skipPlainRecords(recordCount))
                 return length;
             if (syntax.plainRecords && readPlainRecord(recordCount))
                 return length;
@@ -269,31 +269,78 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
     return true;
 }
 
-// While counting, the record that readPlainRecord would take is passed
-// over without copying it or noting its fields. A tried field that is not
-// plainly a number goes the longer way, which converts it.
+// While counting, the plain records that come next (those readPlainRecord
+// would take) are passed over in one go, without copying them or noting
+// their fields, looking at each 16 bytes once. A tried field that is not
+// plainly a number, a record that is not wholly in the block, and anything
+// else unusual end the run and go the longer way. True when the run held a
+// record.
 template <class Source>
-bool HxCSV::RecordReader<Source>::skipPlainRecord(int& recordCount)
+bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
 {
-    const char* start = source.input.available();
-    if (!syntax.testsAll64 || !startsPlainRecord(start))
+    const char* recordStart = source.input.available(); // refills an empty block first
+    const char* const blockEnd = source.input.availableEnd();
+    if (!syntax.testsAll64 || !startsPlainRecord(recordStart))
         return false;
+    const long long needed = fieldsNeeded();
     const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
-    const char* textEnd = nullptr;
-    const char* next = nullptr;
-    const auto plainNumberWhereTried = [tested](const char* field, int length, long long index, bool shortDecimal) {
-        return index >= 64 || !(tested >> index & 1) || shortDecimal
-               || HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(length));
+    const char delimiter = static_cast<char>(syntax.delimiter);
+    const char* fieldStart = recordStart;
+    const char* done = recordStart; // past the last whole record
+    long long found = 0;
+    int counted = 0;
+    const auto plainNumber = [blockEnd](const char* field, long long k) {
+        return k < 16 && blockEnd - field >= 16 ? Stops::shortDecimalIn16(field, static_cast<int>(k))
+                                                : HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(k));
     };
-    if (!scanPlainRecord(start, textEnd, next, plainNumberWhereTried))
-        return false;
-    source.input.skipTo(next);
-    if (*textEnd == static_cast<char>(syntax.delimiter) && !csv.noLineBreaks)
-        discardRestOfLine();
-    ++recordCount;
+    // Stops at the first thing that is not a plain record.
+    const auto scan = [&]() {
+        for (const char* chunk = recordStart; blockEnd - chunk >= 16;) {
+            const char* restart = nullptr;
+            for (unsigned mask = source.stops.in16(chunk); mask != 0 && !restart; mask &= mask - 1) {
+                const char* q = chunk + __builtin_ctz(mask);
+                // A run of delimiters, a record too long for the buffer, a
+                // number that would need trying.
+                if (q == fieldStart || q - recordStart >= size - 1
+                    || (found < 64 && (tested >> found & 1) && !plainNumber(fieldStart, q - fieldStart)))
+                    return;
+                ++found;
+                const char* next = q + 1;
+                if (*q == delimiter) {
+                    if (found < needed) {
+                        fieldStart = next;
+                        continue;
+                    }
+                    if (!csv.noLineBreaks) { // fields beyond the needed ones are ignored
+                        const void* lineFeed = std::memchr(next, '\n', static_cast<size_t>(blockEnd - next));
+                        if (!lineFeed)
+                            return;
+                        next = static_cast<const char*>(lineFeed) + 1;
+                    }
+                } else {
+                    const char* lineFeed = (*q == '\r' && next < blockEnd) ? next : q;
+                    if (*lineFeed != '\n' || found < needed)
+                        return;
+                    next = lineFeed + 1;
+                }
+                ++counted;
+                done = next;
+                if (!startsPlainRecord(next))
+                    return;
+                recordStart = fieldStart = next;
+                found = 0;
+                if (next > q + 1) // past bytes whose bits are still in the mask
+                    restart = next;
+            }
+            chunk = restart ? restart : chunk + 16;
+        }
+    };
+    scan();
+    source.input.skipTo(done);
+    recordCount += counted;
     length = 0;
     buffer[0] = '\0';
-    return true;
+    return counted > 0;
 }
 
 // A plain record starts with a byte that is neither special nor a comment.
