@@ -235,7 +235,8 @@ private:
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
                  long long lastIndex);
-    bool storeShortDecimalRow(const char* record, int rowIndex, bool ignoreColumnCount);
+    bool storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count, uint64_t shortDecimals,
+                              int rowIndex, bool ignoreColumnCount);
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);

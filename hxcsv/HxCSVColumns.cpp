@@ -346,14 +346,16 @@ int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreCol
     return 1;
 }
 
-// storeRow for a plain record when every bound field is a known short
-// decimal bound to a float or double target: the same values, without the
-// general conversions. False, storing nothing, for any other row.
-bool HxCSV::storeShortDecimalRow(const char* record, int rowIndex, bool ignoreColumnCount)
+// storeRow for a plain record of count fields, given by recordFields and
+// the bits of those that are known short decimals (which are followed by
+// enough readable bytes), when every bound field is one and is bound to a
+// float or double target: the same values, without the general
+// conversions. False, storing nothing, for any other row.
+bool HxCSV::storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count,
+                                 uint64_t shortDecimals, int rowIndex, bool ignoreColumnCount)
 {
     if (!syntax.shortDecimalTargets)
         return false;
-    const size_t count = fields.size();
     const auto fieldOf = [&](int position) {
         return (ignoreColumnCount && count <= static_cast<size_t>(position))
                    ? 0
@@ -361,14 +363,14 @@ bool HxCSV::storeShortDecimalRow(const char* record, int rowIndex, bool ignoreCo
     };
     for (int position = 0; position < columns.size(); ++position) {
         const size_t index = fieldOf(position);
-        if (columns[position].columnIndex >= 0 && (index >= 64 || !(shortDecimalFields >> index & 1)))
+        if (columns[position].columnIndex >= 0 && (index >= 64 || !(shortDecimals >> index & 1)))
             return false;
     }
     for (int position = 0; position < columns.size(); ++position) {
         const CSVDataColumn& column = columns[position];
         if (column.columnIndex < 0)
             continue;
-        const HxCSVField& field = fields[fieldOf(position)];
+        const HxCSVField& field = recordFields[fieldOf(position)];
         const double value =
             HxCSVNumbers::paddedShortDecimalToDouble(record + field.begin, static_cast<size_t>(field.length));
         if (column.storageKind == Double)

@@ -136,6 +136,7 @@ public:
     RecordReader(HxCSV& csv, Source& source, char* buffer, int size);
     // The record's length, or -1 at end of file.
     int read(int& recordCount);
+    int storePlainRecords(int row, int count, bool ignoreColumnCount, int& recordCount);
     // The next record when it is plain (see readPlainRecord), else false
     // and nothing read.
     bool readPlain(int& recordCount, int& recordLength)
@@ -151,6 +152,9 @@ private:
     // Open: the record goes on; Nothing: end of file before any character.
     enum class End { Open, Nothing, FieldCount, BreakCharacter, LineEnd, BufferFull, EndOfFile, Comment };
 
+    enum class RunStep { Take, TakeLast, Leave };
+    template <class OnField, class OnRecord>
+    int runPlainRecords(OnField onField, OnRecord onRecord);
     bool skipPlainRecords(int& recordCount);
     bool readPlainRecord(int& recordCount);
     bool startsPlainRecord(const char* start) const;
@@ -269,40 +273,40 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
     return true;
 }
 
-// While counting, the plain records that come next (those readPlainRecord
-// would take) are passed over in one go, without copying them or noting
-// their fields, looking at each 16 bytes once. A tried field that is not
-// plainly a number, a record that is not wholly in the block, and anything
-// else unusual end the run and go the longer way. True when the run held a
-// record.
+// Goes through the plain records that come next (those readPlainRecord
+// would take) straight in the block, looking at each 16 bytes once and
+// carrying on in the same 16 bytes where the next record starts. Each field
+// goes to onField(begin, length, index, shortDecimal), which may refuse it;
+// each whole record to onRecord(begin), which takes it (Take), takes it as
+// the last (TakeLast) or leaves it (Leave). The run ends there, and at
+// anything that is not a plain record; reading goes on after the last
+// record taken. Returns the number taken.
 template <class Source>
-bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
+template <class OnField, class OnRecord>
+int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRecord)
 {
     const char* recordStart = source.input.available(); // refills an empty block first
     const char* const blockEnd = source.input.availableEnd();
-    if (!syntax.testsAll64 || !startsPlainRecord(recordStart))
-        return false;
+    if (!syntax.plainRecords || !startsPlainRecord(recordStart))
+        return 0;
     const long long needed = fieldsNeeded();
-    const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
     const char delimiter = static_cast<char>(syntax.delimiter);
     const char* fieldStart = recordStart;
-    const char* done = recordStart; // past the last whole record
+    const char* done = recordStart; // past the last record taken
     long long found = 0;
-    int counted = 0;
-    const auto plainNumber = [blockEnd](const char* field, long long k) {
-        return k < 16 && blockEnd - field >= 16 ? Stops::shortDecimalIn16(field, static_cast<int>(k))
-                                                : HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(k));
-    };
-    // Stops at the first thing that is not a plain record.
+    int taken = 0;
     const auto scan = [&]() {
         for (const char* chunk = recordStart; blockEnd - chunk >= 16;) {
             const char* restart = nullptr;
             for (unsigned mask = source.stops.in16(chunk); mask != 0 && !restart; mask &= mask - 1) {
                 const char* q = chunk + __builtin_ctz(mask);
-                // A run of delimiters, a record too long for the buffer, a
-                // number that would need trying.
-                if (q == fieldStart || q - recordStart >= size - 1
-                    || (found < 64 && (tested >> found & 1) && !plainNumber(fieldStart, q - fieldStart)))
+                // A run of delimiters, or a record too long for the buffer.
+                if (q == fieldStart || q - recordStart >= size - 1)
+                    return;
+                const long long k = q - fieldStart;
+                const bool shortDecimal = k < 16 && blockEnd - fieldStart >= 16
+                                          && Stops::shortDecimalIn16(fieldStart, static_cast<int>(k));
+                if (!onField(fieldStart, static_cast<int>(k), found, shortDecimal))
                     return;
                 ++found;
                 const char* next = q + 1;
@@ -323,9 +327,12 @@ bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
                         return;
                     next = lineFeed + 1;
                 }
-                ++counted;
+                const RunStep step = onRecord(recordStart);
+                if (step == RunStep::Leave)
+                    return;
+                ++taken;
                 done = next;
-                if (!startsPlainRecord(next))
+                if (step == RunStep::TakeLast || !startsPlainRecord(next))
                     return;
                 recordStart = fieldStart = next;
                 found = 0;
@@ -337,10 +344,62 @@ bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
     };
     scan();
     source.input.skipTo(done);
+    return taken;
+}
+
+// While counting: the run of plain records whose tried fields are plainly
+// numbers. True when the run held a record.
+template <class Source>
+bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
+{
+    if (!syntax.testsAll64)
+        return false;
+    const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
+    const auto plainNumberWhereTried = [tested](const char* field, int k, long long index, bool shortDecimal) {
+        return index >= 64 || !(tested >> index & 1) || shortDecimal
+               || HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(k));
+    };
+    const int counted = runPlainRecords(plainNumberWhereTried, [](const char*) { return RunStep::Take; });
     recordCount += counted;
     length = 0;
     buffer[0] = '\0';
     return counted > 0;
+}
+
+// While reading: the run of plain records whose bound fields are all known
+// short decimals, stored straight from the block (see
+// storeShortDecimalRow) from row on, up to count rows. Returns the row after
+// the last stored.
+template <class Source>
+int HxCSV::RecordReader<Source>::storePlainRecords(int row, int count, bool ignoreColumnCount, int& recordCount)
+{
+    if (!syntax.shortDecimalTargets || fieldsNeeded() > 64 || row >= count)
+        return row;
+    HxCSVField found[64];
+    uint64_t shortDecimals = 0;
+    const char* recordStart = nullptr;
+    const auto note = [&](const char* field, int k, long long index, bool shortDecimal) {
+        if (index == 0) {
+            recordStart = field;
+            shortDecimals = 0;
+        }
+        found[index] = {static_cast<int>(field - recordStart), k};
+        shortDecimals |= static_cast<uint64_t>(shortDecimal) << index;
+        return true;
+    };
+    const size_t fieldCount = static_cast<size_t>(fieldsNeeded());
+    // The numbers the record reader would try must convert, as they do
+    // when they are short decimals; even those that no column stores.
+    const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
+    const auto store = [&](const char* record) {
+        if ((shortDecimals & tested) != tested
+            || !csv.storeShortDecimalRow(record, found, fieldCount, shortDecimals, row, ignoreColumnCount))
+            return RunStep::Leave;
+        ++row;
+        return row < count ? RunStep::Take : RunStep::TakeLast;
+    };
+    recordCount += runPlainRecords(note, store);
+    return row;
 }
 
 // A plain record starts with a byte that is neither special nor a comment.
@@ -683,13 +742,17 @@ int HxCSV::storePlainRows(HxCSVInput& input, char* buffer, int row, int count, b
     BlockSource source(input, stops);
     RecordReader<BlockSource> reader(*this, source, buffer, lineBufferSize);
     int length = 0;
-    while (row < count && reader.readPlain(recordsRead, length)) {
+    for (;;) {
+        const int stored = reader.storePlainRecords(row, count, ignoreColumnCount, recordsRead);
+        lineNumber += stored - row;
+        row = stored;
+        if (row >= count || !reader.readPlain(recordsRead, length))
+            return row;
         ++lineNumber;
-        if (!storeShortDecimalRow(buffer, row, ignoreColumnCount))
+        if (!storeShortDecimalRow(buffer, fields.data(), fields.size(), shortDecimalFields, row, ignoreColumnCount))
             storeRow(buffer, length, row, ignoreColumnCount, true, syntax.lastIndex);
         ++row;
     }
-    return row;
 }
 
 int HxCSV::readRecord(HxCSVInput& input, char* buffer, int& recordCount)
