@@ -610,6 +610,38 @@ TEST_F(Differential, NearNumbersAreJoinedAlike)
             }
 }
 
+// Runs of plain records end wherever a block ends, in both passes: the
+// start of each example, read as the point cloud and the line set read it,
+// and records of 16 bytes that end exactly where blocks end, followed by a
+// short last block, with every small block size.
+TEST_F(Differential, PlainRunsEndAtEveryBlockEnd)
+{
+    std::vector<std::string> contents;
+    const QDir examples(HX_SOURCE_DIR "/examples");
+    for (const QString& name : examples.entryList({"*.csv"}, QDir::Files)) {
+        QFile file(examples.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        contents.emplace_back(bytes.constData(), static_cast<size_t>(bytes.lastIndexOf('\n', 3000) + 1));
+    }
+    std::string aligned = "x,y,z,val,wvals\n";
+    for (int row = 0; row < 60; ++row)
+        aligned += "1,2,3,4,5.67890\n";
+    contents.push_back(aligned + "2.5,1,1,1,1"); // no line end: the file ends inside the last chunk
+    for (const std::string& content : contents) {
+        Settings cloud;
+        cloud.header = true;
+        for (int column = 0; column < 5; ++column)
+            cloud.bindings.push_back({column < 3 ? Float : Double, column, 0, 3, column % 2});
+        Settings lineSet;
+        lineSet.noLineBreaks = true;
+        lineSet.bindings.push_back({Float, 0, 0, 3, 0});
+        for (const Settings& s : {cloud, lineSet})
+            for (size_t block = 1; block <= 70; ++block)
+                ASSERT_TRUE(sameResults(content, s, block)) << "block " << block;
+    }
+}
+
 TEST_F(Differential, ExampleFilesGiveTheSameResults)
 {
     FileMaker maker(7);
