@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <string>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include <QString>
@@ -62,6 +64,14 @@ public:
         int stride = 1;
     };
 
+    // Text rows in storage that the caller sizes in its rowsCounted handler:
+    // row i goes to first[i], the text that addColumn(int,
+    // McDArray<McString>*) would store, as a Latin-1 QString. Equal texts
+    // share one string, so a column of a few classes costs little memory.
+    struct TextRows {
+        QString* first = nullptr;
+    };
+
     // One binding of a file column to a target array.
     struct CSVDataColumn {
         int columnIndex = 0;  // 0-based field of a record; negative: not read
@@ -76,6 +86,7 @@ public:
         McDArray<double>* doubleData = nullptr;
         TextNumberMisses* textNumberMisses = nullptr; // TextNumber, optional
         FloatRows* floatRows = nullptr; // Float or TextNumber instead of floatData
+        TextRows* textRows = nullptr;   // Text instead of stringData
     };
 
     enum StorageKind {
@@ -168,6 +179,7 @@ public:
     // rowsCounted handler and describes in rows before the handler returns.
     void addColumn(int columnIndex, FloatRows* rows);
     void addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMisses* misses = nullptr);
+    void addColumn(int columnIndex, TextRows* rows);
 
     // Called by parse with the number of rows once they are counted, before
     // any target is sized or any row stored.
@@ -240,6 +252,7 @@ private:
     size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
     void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
+    void storeText(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex);
     template <class T>
     T fieldValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>
@@ -250,6 +263,10 @@ private:
     void takeNewFields();
 
     int storageRows = 0; // rows sized by resizeDataStorage
+    // The distinct texts met in each TextRows column (by column), up to a
+    // bound; a text seen before is stored as a copy sharing its data.
+    std::unordered_map<const TextRows*, std::unordered_map<std::string, QString>> sharedTexts;
+    std::string textKey;
     RecordSyntax syntax;
     std::unique_ptr<HxCSVFieldSplitter> splitter; // for the delimiter it names
     std::vector<HxCSVField> fields;               // of the record split last

@@ -199,10 +199,17 @@ void HxCSV::addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMiss
     columns.last().floatRows = rows;
 }
 
+void HxCSV::addColumn(int columnIndex, TextRows* rows)
+{
+    addColumn(columnIndex, static_cast<McDArray<McString>*>(nullptr));
+    columns.last().textRows = rows;
+}
+
 void HxCSV::resizeDataStorage(int rows)
 {
     rows = std::max(rows, 0);
     storageRows = rows;
+    sharedTexts.clear();
     for (const CSVDataColumn& column : columns) {
         switch (column.storageKind) {
         case FloatVectorComponent:
@@ -428,6 +435,29 @@ void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, siz
     }
 }
 
+void HxCSV::storeText(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
+{
+    if (!column.textRows) {
+        store(column.stringData, rowIndex, McString(record + text.begin, text.length));
+        return;
+    }
+    if (!column.textRows->first || rowIndex < 0 || rowIndex >= storageRows)
+        return;
+    // Enough for the classes of a point cloud; texts past it are all kept.
+    const size_t sharedLimit = 4096;
+    std::unordered_map<std::string, QString>& shared = sharedTexts[column.textRows];
+    textKey.assign(record + text.begin, static_cast<size_t>(text.length));
+    const auto found = shared.find(textKey);
+    QString& row = column.textRows->first[rowIndex];
+    if (found != shared.end()) {
+        row = found->second;
+        return;
+    }
+    row = QString::fromLatin1(textKey.data(), text.length);
+    if (shared.size() < sharedLimit)
+        shared.emplace(textKey, row);
+}
+
 // The value is stored before its conversion is judged, so a failed row keeps
 // 0 where the bad value was.
 void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
@@ -451,11 +481,9 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
     case Double:
         store(column.doubleData, rowIndex, storedValue<double>(record, fieldIndex, ok));
         break;
-    case Text: {
-        const HxCSVField text = textOf(record, fields[fieldIndex]);
-        store(column.stringData, rowIndex, McString(record + text.begin, text.length));
+    case Text:
+        storeText(column, record, textOf(record, fields[fieldIndex]), rowIndex);
         break;
-    }
     case TextNumber:
         storeTextNumber(column, record, fieldIndex, rowIndex);
         break;

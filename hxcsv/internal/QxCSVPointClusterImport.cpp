@@ -151,7 +151,7 @@ int QxCSVPointClusterImport::parseFile()
     bindValueColumns(csv, rows, data, labels);
 
     std::unique_ptr<HxCluster> cluster(HxCluster::createInstance());
-    csv.rowsCounted = [&](int n) { sizeCluster(*cluster, n, rows, data, labels.size()); };
+    csv.rowsCounted = [&](int n) { sizeCluster(*cluster, n, rows, data, labels); };
     int result = 0;
     if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked(), result))
         return 0;
@@ -196,7 +196,7 @@ void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, ClusterRows& rows, Mc
         const QComboBox* type = dataTypePicker(c);
         const bool text = type && type->currentIndex() == StringValues;
         if (text)
-            csv.addColumn(file, &stringColumns[v]);
+            csv.addColumn(file, &rows.labels[v]);
         else
             csv.addTextNumberColumn(file, &rows.values[v], &numberMisses[v]);
         (text ? labels : data).append({v, file});
@@ -204,7 +204,7 @@ void QxCSVPointClusterImport::bindValueColumns(HxCSV& csv, ClusterRows& rows, Mc
 }
 
 void QxCSVPointClusterImport::sizeCluster(HxCluster& cluster, int n, ClusterRows& rows,
-                                          const McDArray<ValueBinding>& data, int labelCount)
+                                          const McDArray<ValueBinding>& data, const McDArray<ValueBinding>& labels)
 {
     static_assert(sizeof(McVec3f) == 3 * sizeof(float), "points are three floats in a row");
     // The cluster counts the bytes of a value column in an int.
@@ -214,7 +214,7 @@ void QxCSVPointClusterImport::sizeCluster(HxCluster& cluster, int n, ClusterRows
         throw CSVException(text.getString(), CSVException::BadValue);
     }
     cluster.setNumDataColumns(data.size(), McPrimType(3));
-    cluster.setNumLabelColumns(labelCount);
+    cluster.setNumLabelColumns(labels.size());
     hxcsv::reserveFinalSize(cluster.points, n);
     hxcsv::reserveFinalSize(cluster.ids, n);
     for (HxCluster::DataColumn& column : cluster.dataColumns)
@@ -225,6 +225,8 @@ void QxCSVPointClusterImport::sizeCluster(HxCluster& cluster, int n, ClusterRows
         rows.xyz[a] = {points ? points + a : nullptr, coordinateCount};
     for (int d = 0; d < data.size(); ++d)
         rows.values[data[d].valueColumn] = {cluster.dataColumns[d].floatData(), 1};
+    for (int l = 0; l < labels.size(); ++l)
+        rows.labels[labels[l].valueColumn] = {cluster.labelColumns[l].labels.dataPtr()};
 }
 
 void QxCSVPointClusterImport::finishCluster(HxCluster& cluster, HxCSV& csv, const McDArray<ValueBinding>& data,
@@ -239,14 +241,8 @@ void QxCSVPointClusterImport::finishCluster(HxCluster& cluster, HxCSV& csv, cons
         if (named)
             cluster.dataColumns[d].name = csv.getColumnName(data[d].fileColumn);
     }
-    for (int l = 0; l < labels.size(); ++l) {
-        HxCluster::LabelColumn& column = cluster.labelColumns[l];
-        const McDArray<McString>& texts = stringColumns[labels[l].valueColumn];
-        for (int i = 0; i < n && i < column.labels.size() && i < texts.size(); ++i)
-            column.labels[i] = texts[i].toQString();
-        if (named)
-            column.name = csv.getColumnName(labels[l].fileColumn);
-    }
+    for (int l = 0; l < labels.size() && named; ++l)
+        cluster.labelColumns[l].name = csv.getColumnName(labels[l].fileColumn);
     cluster.computeBounds();
 }
 

@@ -63,12 +63,13 @@ private:
     struct ClusterRows {
         HxCSV::FloatRows xyz[3];
         HxCSV::FloatRows values[maxValueColumns];
+        HxCSV::TextRows labels[maxValueColumns];
     };
 
     void bindValueColumns(HxCSV& csv, ClusterRows& rows, McDArray<ValueBinding>& data,
                           McDArray<ValueBinding>& labels);
     static void sizeCluster(HxCluster& cluster, int n, ClusterRows& rows, const McDArray<ValueBinding>& data,
-                            int labelCount);
+                            const McDArray<ValueBinding>& labels);
     void finishCluster(HxCluster& cluster, HxCSV& csv, const McDArray<ValueBinding>& data,
                        const McDArray<ValueBinding>& labels);
     void warnTextInNumbers(const ValueBinding& b);
@@ -76,7 +77,6 @@ private:
     // Value types to apply on a replay; empty otherwise.
     McString valueTypeList;
     int valueColumnCounter = 1;
-    McDArray<McString> stringColumns[maxValueColumns];
     HxCSV::TextNumberMisses numberMisses[maxValueColumns];
     std::unique_ptr<HxCSVParseParameters> params;
     HxCluster* createdData = nullptr;       // belongs to the host once registered

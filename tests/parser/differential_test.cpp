@@ -525,8 +525,9 @@ TEST_F(Differential, RecordsAreReadAndConvertedTheSameWay)
 }
 
 // A text-number column holds what strtod makes of the text column at its
-// side, row by row, whatever else the file and the bindings do.
-TEST_F(Differential, TextNumbersAreTheTextReadWithStrtod)
+// side, and a column of text rows the same texts as QStrings, row by row,
+// whatever else the file and the bindings do.
+TEST_F(Differential, TextNumbersAndTextRowsFollowTheTextColumn)
 {
     FileMaker maker(31);
     const std::string p = path.toStdString();
@@ -549,6 +550,13 @@ TEST_F(Differential, TextNumbersAreTheTextReadWithStrtod)
         const int index = maker.pick(4);
         csv.addColumn(index, &texts);
         csv.addTextNumberColumn(index, &numbers, &misses);
+        std::vector<QString> strings;
+        HxCSV::TextRows textRows;
+        csv.addColumn(index, &textRows);
+        csv.rowsCounted = [&](int rows) {
+            strings.resize(static_cast<size_t>(rows));
+            textRows.first = strings.data();
+        };
         bool parsed = false;
         try {
             parsed = csv.parse(s.ignoreColumnCount, s.plainLines) == 1;
@@ -556,7 +564,9 @@ TEST_F(Differential, TextNumbersAreTheTextReadWithStrtod)
         }
         ASSERT_EQ(texts.size(), numbers.size());
         HxCSV::TextNumberMisses expectedMisses;
+        ASSERT_EQ(static_cast<size_t>(texts.size()), strings.size());
         for (int row = 0; row < texts.size(); ++row) {
+            ASSERT_EQ(texts[row].toQString(), strings[static_cast<size_t>(row)]) << s.describe() << " row " << row;
             char* end = nullptr;
             const char* text = texts[row].getString();
             const float expected = static_cast<float>(std::strtod(text, &end));
@@ -608,6 +618,37 @@ TEST_F(Differential, NearNumbersAreJoinedAlike)
                 sameResults(std::string(near) + ",4\n5,6\n7,8\n9\n", s);
                 sameResults("5," + std::string(near) + ",1\n7,8\n9,10\n11\n", s);
             }
+}
+
+// Text rows share the data of equal texts as far as the first 4096
+// distinct ones; the later ones are kept all the same.
+TEST_F(Differential, TextRowsShareEqualTexts)
+{
+    std::string content;
+    for (int row = 0; row < 10000; ++row)
+        content += "1,\"" + std::to_string(row % 5000) + "\"\n";
+    const std::string p = path.toStdString();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content.data(), static_cast<qint64>(content.size()));
+    file.close();
+    HxCSV csv;
+    Settings s;
+    configure(csv, p, s);
+    std::vector<QString> strings;
+    HxCSV::TextRows textRows;
+    csv.addColumn(1, &textRows);
+    csv.rowsCounted = [&](int rows) {
+        strings.resize(static_cast<size_t>(rows));
+        textRows.first = strings.data();
+    };
+    ASSERT_EQ(csv.parse(false, false), 1);
+    ASSERT_EQ(strings.size(), 10000u);
+    for (size_t row = 0; row < strings.size(); ++row) {
+        ASSERT_EQ(strings[row], QString::number(row % 5000));
+        const bool shares = strings[row].constData() == strings[row % 5000].constData();
+        EXPECT_EQ(shares, row < 5000 || row % 5000 < 4096) << row;
+    }
 }
 
 // Runs of plain records end wherever a block ends, in both passes: the
