@@ -49,4 +49,38 @@ inline float roundToFloat(double v)
     return static_cast<float>(v);
 }
 
+// The conversion into each value type, for code written once for all six.
+template <class T>
+T convertTo(double v);
+template <>
+inline std::uint8_t convertTo<std::uint8_t>(double v)
+{
+    return wrapToByte(v);
+}
+template <>
+inline std::int16_t convertTo<std::int16_t>(double v)
+{
+    return wrapToShort(v);
+}
+template <>
+inline std::uint16_t convertTo<std::uint16_t>(double v)
+{
+    return wrapToUShort(v);
+}
+template <>
+inline std::int32_t convertTo<std::int32_t>(double v)
+{
+    return truncateToInt32(v);
+}
+template <>
+inline float convertTo<float>(double v)
+{
+    return roundToFloat(v);
+}
+template <>
+inline double convertTo<double>(double v)
+{
+    return v;
+}
+
 } // namespace hxcsv

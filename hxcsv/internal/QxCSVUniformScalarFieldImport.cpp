@@ -140,7 +140,12 @@ int QxCSVUniformScalarFieldImport::arraySize(int typeIndex) const
     }
 }
 
-void* QxCSVUniformScalarFieldImport::arrayData(int typeIndex)
+const void* QxCSVUniformScalarFieldImport::getArrayData() const
+{
+    return arrayData(dataTypeOpt->currentIndex());
+}
+
+const void* QxCSVUniformScalarFieldImport::arrayData(int typeIndex) const
 {
     switch (typeIndex) {
     case 0: return byteValues.dataPtr();

@@ -42,6 +42,8 @@ public:
     // Values read so far into the array of the selected type (0 for no valid
     // type).
     int getArraySize() const;
+    // Those values, getArraySize() of them (null for no valid type).
+    const void* getArrayData() const;
     // xmin, xmax, ymin, ymax, zmin, zmax; voxel sizes are turned into maxima
     // unless boundingBoxMode says the fields already hold maxima.
     void getMinMax(float* box) const;
@@ -93,12 +95,12 @@ private:
     // in 64 bits.
     bool requestedBytes(long long nodes, long long& bytes) const;
 
-    void readValues(FILE* file, int typeIndex);
-    void readLineValues(char* line, char delimiter, int typeIndex);
-    void appendValue(int typeIndex, double value);
+    // Into the value array of the type, or into the block (room values)
+    // when there is one; returns the count of values read.
+    int readValues(FILE* file, int typeIndex, void* block, long long room);
     void reserveValues(int typeIndex, long long wanted);
     int arraySize(int typeIndex) const;
-    void* arrayData(int typeIndex);
+    const void* arrayData(int typeIndex) const;
     void copyXFastest(char* dest, const char* values, long long nodes, long long nodesToCopy, int bytesPerNode);
     void copyZFastest(char* dest, const char* values, const long long dims[3], long long nodesToCopy,
                       int bytesPerNode);

@@ -1,6 +1,5 @@
 // Reading the file into a lattice: the tokenizer, the value conversions,
 // the copy in either index order and the size check.
-#include <QFile>
 #include <QString>
 #include <algorithm>
 #include <cerrno>
@@ -9,19 +8,14 @@
 #include <memory>
 #include <new>
 
-#include "HxCSVNumbers.h"
 #include "HxLattice3.h"
 #include "HxMessage.h"
-#include "LatticeValueConversion.h"
+#include "LatticeFileReader.h"
 #include "LineInput.h"
 #include "LoadCommand.h"
 #include "QxCSVUniformScalarFieldImport.h"
 
 namespace {
-
-// fgets reads at most this minus one bytes; a longer line comes in pieces,
-// each of which counts as a line of its own.
-const int lineBufferBytes = 10000;
 
 // The first character of a text as a byte; 0 for an empty text or one
 // beyond Latin-1.
@@ -90,6 +84,30 @@ HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int 
     return nullptr;
 }
 
+// Room for n more values, allocated once at that size.
+template <class T>
+void reserveMore(McDArray<T>& values, int n)
+{
+    values.remax(values.size() + n);
+    hxcsv::adviseHugePages(values.dataPtr() + values.size(),
+                           sizeof(T) * static_cast<size_t>(values.capacity() - values.size()));
+}
+
+// Reads the file into the array, or into the block when there is one.
+template <class T>
+int readInto(FILE* file, const hxcsv::LatticeFileSettings& settings, McDArray<T>& values, void* block,
+             long long room)
+{
+    if (block) {
+        hxcsv::ValueSink<T> sink(static_cast<T*>(block), room);
+        hxcsv::readLatticeFile(file, settings, sink);
+        return sink.size();
+    }
+    hxcsv::ValueSink<T> sink(values);
+    hxcsv::readLatticeFile(file, settings, sink);
+    return sink.size();
+}
+
 } // namespace
 
 int QxCSVUniformScalarFieldImport::parseFile()
@@ -130,56 +148,27 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
         return;
     }
     const int typeIndex = dataTypeOpt->currentIndex();
-    reserveValues(typeIndex, lattice->numNodes() * lattice->nDataVar());
-    readValues(file, typeIndex);
+    const long long latticeValues = lattice->numNodes() * lattice->nDataVar();
+    reserveValues(typeIndex, latticeValues);
+    readValues(file, typeIndex, nullptr, 0);
     std::fclose(file);
 
     if (getArraySize() < 1)
         return;
-    putDataIntoLattice(lattice, arrayData(typeIndex));
+    putDataIntoLattice(lattice, const_cast<void*>(arrayData(typeIndex)));
 }
 
-void QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex)
+int QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex, void* block, long long room)
 {
-    const char delimiter = firstLatin1(delimiterText);
-    const char comment = firstLatin1(commentText);
-    int skip = firstLineNum;
-    std::unique_ptr<char[]> line(new char[lineBufferBytes]);
-    while (fgetline(line.get(), lineBufferBytes, file)) {
-        // First line N ignores lines 1 to N-1.
-        if (skip > 1) {
-            --skip;
-            continue;
-        }
-        if (line[0] == comment)
-            continue;
-        readLineValues(line.get(), delimiter, typeIndex);
-    }
-}
-
-void QxCSVUniformScalarFieldImport::readLineValues(char* line, char delimiter, int typeIndex)
-{
-    // strtok's splitting on one character (runs of delimiters, and delimiters
-    // at either end, give no value), without hidden state shared with other
-    // users of strtok, and knowing each token's length.
-    for (char* p = line; *p;) {
-        if (*p == delimiter) {
-            ++p;
-            continue;
-        }
-        char* end = delimiter ? strchrnul(p, delimiter) : p + std::strlen(p);
-        const size_t length = static_cast<size_t>(end - p);
-        bool ok = false;
-        // Qt's toDouble results, without a QString per value.
-        double value = HxCSVNumbers::toDouble(p, length, ok);
-        if (!ok) {
-            HxApplication::instance()->message()->printf(
-                tr("Caution: Unable to convert '%1' to Double, set default value to zero.\n")
-                    .arg(QString::fromLatin1(p, static_cast<int>(length))));
-            value = 0;
-        }
-        appendValue(typeIndex, value);
-        p = end;
+    const hxcsv::LatticeFileSettings settings{firstLatin1(delimiterText), firstLatin1(commentText), firstLineNum};
+    switch (typeIndex) {
+    case 0: return readInto(file, settings, byteValues, block, room);
+    case 1: return readInto(file, settings, shortValues, block, room);
+    case 2: return readInto(file, settings, ushortValues, block, room);
+    case 3: return readInto(file, settings, int32Values, block, room);
+    case 4: return readInto(file, settings, floatValues, block, room);
+    case 5: return readInto(file, settings, doubleValues, block, room);
+    default: return 0;
     }
 }
 
@@ -192,27 +181,14 @@ void QxCSVUniformScalarFieldImport::reserveValues(int typeIndex, long long wante
     const long long count = std::min({wanted, fileCanHold, static_cast<long long>(INT_MAX)});
     if (count < 1)
         return;
-    const int n = static_cast<int>(count);
+    const int n = static_cast<int>(std::min(count, static_cast<long long>(INT_MAX - arraySize(typeIndex))));
     switch (typeIndex) {
-    case 0: byteValues.remax(byteValues.size() + n); break;
-    case 1: shortValues.remax(shortValues.size() + n); break;
-    case 2: ushortValues.remax(ushortValues.size() + n); break;
-    case 3: int32Values.remax(int32Values.size() + n); break;
-    case 4: floatValues.remax(floatValues.size() + n); break;
-    case 5: doubleValues.remax(doubleValues.size() + n); break;
-    default: break;
-    }
-}
-
-void QxCSVUniformScalarFieldImport::appendValue(int typeIndex, double value)
-{
-    switch (typeIndex) {
-    case 0: byteValues.append(hxcsv::wrapToByte(value)); break;
-    case 1: shortValues.append(hxcsv::wrapToShort(value)); break;
-    case 2: ushortValues.append(hxcsv::wrapToUShort(value)); break;
-    case 3: int32Values.append(hxcsv::truncateToInt32(value)); break;
-    case 4: floatValues.append(hxcsv::roundToFloat(value)); break;
-    case 5: doubleValues.append(value); break;
+    case 0: reserveMore(byteValues, n); break;
+    case 1: reserveMore(shortValues, n); break;
+    case 2: reserveMore(ushortValues, n); break;
+    case 3: reserveMore(int32Values, n); break;
+    case 4: reserveMore(floatValues, n); break;
+    case 5: reserveMore(doubleValues, n); break;
     default: break;
     }
 }
@@ -236,6 +212,7 @@ void QxCSVUniformScalarFieldImport::putDataIntoLattice(HxLattice3* lattice, void
     char* dest = static_cast<char*>(lattice->dataPtr().getData());
     if (!dest)
         return;
+    hxcsv::adviseHugePages(dest, static_cast<size_t>(nodes) * bytesPerNode);
     if (isXFastest())
         copyXFastest(dest, static_cast<const char*>(values), nodes, nodesToCopy, bytesPerNode);
     else
