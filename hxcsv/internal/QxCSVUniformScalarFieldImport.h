@@ -54,6 +54,10 @@ public:
     // Suppresses the size warnings (replays).
     void setQuiet(bool on) { quiet = on; }
     bool isQuiet() const { return quiet; }
+    // Tells that parseFile runs once and the dialog is then discarded (the
+    // reader entry): values in x-fastest order may then go straight into the
+    // lattice, leaving the value arrays, which nothing reads again, empty.
+    void setSingleParse(bool on) { singleParse = on; }
 
     // Builds, fills and registers the field and attaches its LoadCmd.
     // Returns 1, also when the file could not be read (the field is then all
@@ -98,6 +102,7 @@ private:
     // Into the value array of the type, or into the block (room values)
     // when there is one; returns the count of values read.
     int readValues(FILE* file, int typeIndex, void* block, long long room);
+    void finishLatticeFilledInPlace(HxLattice3* lattice, int count);
     void reserveValues(int typeIndex, long long wanted);
     int arraySize(int typeIndex) const;
     const void* arrayData(int typeIndex) const;
@@ -118,6 +123,7 @@ private:
     QString delimiterText;
     int firstLineNum = 0;
     bool quiet = false;
+    bool singleParse = false;
     long long fileSize = 0;
     // Which meaning the second row of box fields has now, so that clicking
     // the mode that is already selected converts nothing.

@@ -149,6 +149,17 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
     }
     const int typeIndex = dataTypeOpt->currentIndex();
     const long long latticeValues = lattice->numNodes() * lattice->nDataVar();
+    void* block = lattice->dataPtr().getData();
+    if (singleParse && isXFastest() && arraySize(typeIndex) == 0 && block && lattice->nDataVar() > 0) {
+        // Nothing will read the value array again: the values need no stop
+        // there on their way into the lattice.
+        hxcsv::adviseHugePages(block, static_cast<size_t>(latticeValues) * lattice->primType().size());
+        const int count = readValues(file, typeIndex, block, latticeValues);
+        std::fclose(file);
+        if (count > 0)
+            finishLatticeFilledInPlace(lattice, count);
+        return;
+    }
     reserveValues(typeIndex, latticeValues);
     readValues(file, typeIndex, nullptr, 0);
     std::fclose(file);
@@ -170,6 +181,23 @@ int QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex, void* b
     case 5: return readInto(file, settings, doubleValues, block, room);
     default: return 0;
     }
+}
+
+// The lattice holds the first of the count values read: what
+// putDataIntoLattice leaves there in x-fastest order, but for the values of
+// a last, incomplete node.
+void QxCSVUniformScalarFieldImport::finishLatticeFilledInPlace(HxLattice3* lattice, int count)
+{
+    const int nDataVar = lattice->nDataVar();
+    const long long elementSize = lattice->primType().size();
+    int warned = 0;
+    long long nodesToCopy = 0;
+    checkSizes(warned, nodesToCopy, getFileName().getString(), elementSize, lattice->numNodes(), count / nDataVar);
+    const long long kept = std::min(static_cast<long long>(count), lattice->numNodes() * nDataVar);
+    const long long complete = nodesToCopy * nDataVar;
+    if (kept > complete)
+        std::memset(static_cast<char*>(lattice->dataPtr().getData()) + complete * elementSize, 0,
+                    static_cast<size_t>((kept - complete) * elementSize));
 }
 
 // Makes room for the values once instead of growing step by step: as many

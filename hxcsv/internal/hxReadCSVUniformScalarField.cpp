@@ -162,6 +162,7 @@ int hxReadCSVUniformScalarField(int argc, const char** argv)
 
     std::unique_ptr<QxCSVUniformScalarFieldImport> dialog(new QxCSVUniformScalarFieldImport(nullptr));
     dialog->setFileName(fileName.getString());
+    dialog->setSingleParse(true);
     if (!replay)
         return dialog->exec() == QDialog::Accepted ? dialog->parseFile() : 0;
 
