@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "api.h"
+
 // A file read a large block at a time, with the operations of the C stream
 // functions that the parser was written with: a byte at a time with one
 // step back (fgetc, ungetc) and line pieces (fgets). A byte costs a pointer
@@ -42,8 +44,8 @@ public:
     void skipTo(const char* position) { next = position; }
 
     // The most that one read takes; tests make it small to put the ends of
-    // blocks everywhere.
-    static size_t largestBlock;
+    // blocks everywhere (exported for the tests of the package's readers).
+    HXCSV_API static size_t largestBlock;
 
 private:
     bool refill();

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "HxCSV.h"
+#include "Differential.h"
 #include "HxCSVInput.h"
 #include "NumberSpellings.h"
 #include "RefHxCSV.h"
@@ -60,18 +61,6 @@ struct Settings {
         return s;
     }
 };
-
-std::string hex(const void* data, size_t size)
-{
-    static const char digits[] = "0123456789abcdef";
-    std::string s;
-    for (size_t i = 0; i < size; ++i) {
-        const unsigned char c = static_cast<const unsigned char*>(data)[i];
-        s += digits[c >> 4];
-        s += digits[c & 15];
-    }
-    return s;
-}
 
 // The arrays one parse fills. Vector elements are never cleared by the
 // parser, so every array starts out with room for any row count and a
@@ -188,43 +177,6 @@ std::string parseAndDescribe(const std::string& path, const Settings& s, int max
            + " start " + std::to_string(csv.dataStartLineNum);
     return out;
 }
-
-// Long outputs are cut around their first difference.
-std::string firstDifference(const std::string& a, const std::string& b)
-{
-    size_t i = 0;
-    while (i < a.size() && i < b.size() && a[i] == b[i])
-        ++i;
-    const size_t from = i > 200 ? i - 200 : 0;
-    return "new:\n" + a.substr(from, 400) + "\nreference:\n" + b.substr(from, 400);
-}
-
-std::string visible(const std::string& s)
-{
-    std::string out;
-    for (unsigned char c : s) {
-        if (c == '\n')
-            out += "\\n\n";
-        else if (c >= 32 && c < 127 && c != '\\')
-            out += static_cast<char>(c);
-        else {
-            char code[8];
-            std::snprintf(code, sizeof code, "\\x%02x", c);
-            out += code;
-        }
-    }
-    return out;
-}
-
-// Reads the file in blocks of the given size for as long as it lives.
-class BlockSize {
-public:
-    explicit BlockSize(size_t bytes) : saved(HxCSVInput::largestBlock) { HxCSVInput::largestBlock = bytes; }
-    ~BlockSize() { HxCSVInput::largestBlock = saved; }
-
-private:
-    const size_t saved;
-};
 
 class Differential : public ::testing::Test {
 protected:
@@ -431,16 +383,10 @@ private:
     NumberSpellings numbers;
 };
 
-long long fileCount()
-{
-    const char* n = std::getenv("HX_DIFFERENTIAL_FILES");
-    return n ? std::atoll(n) : 1500;
-}
-
 TEST_F(Differential, RandomFilesGiveTheSameResults)
 {
     FileMaker maker(20240611);
-    const long long n = fileCount();
+    const long long n = differentialFileCount(1500);
     int failures = 0;
     for (long long i = 0; i < n && failures < 5; ++i) {
         const Settings s = maker.settings();
