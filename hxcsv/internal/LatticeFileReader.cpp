@@ -3,11 +3,8 @@
 #include <QCoreApplication>
 #include <QString>
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <memory>
-
-#include <sys/mman.h>
 
 #include "HxCSVInput.h"
 #include "HxCSVNumbers.h"
@@ -99,22 +96,6 @@ void readTokens(const char* p, const char* end, char delimiter, ValueSink<T>& si
 }
 
 } // namespace
-
-void adviseHugePages(void* data, size_t bytes)
-{
-#ifdef MADV_HUGEPAGE
-    const uintptr_t hugePage = uintptr_t(2) << 20;
-    if (bytes < 2 * hugePage)
-        return;
-    const uintptr_t begin = (reinterpret_cast<uintptr_t>(data) + hugePage - 1) & ~(hugePage - 1);
-    const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + bytes) & ~(hugePage - 1);
-    if (begin < end)
-        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-#else
-    (void)data;
-    (void)bytes;
-#endif
-}
 
 void reportTooManyValues(bool& reported)
 {

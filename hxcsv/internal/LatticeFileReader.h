@@ -20,11 +20,6 @@ struct LatticeFileSettings {
 // each of which counts as a line of its own.
 constexpr int latticeLineBytes = 10000;
 
-// Asks the kernel to back a large range that is about to be filled with huge
-// pages: faulting in 4 KB pages one by one costs more than writing them.
-// Only advice; the range itself is untouched.
-void adviseHugePages(void* data, size_t bytes);
-
 // Reports, once per sink, that a file holds more values than an int counts.
 void reportTooManyValues(bool& reported);
 

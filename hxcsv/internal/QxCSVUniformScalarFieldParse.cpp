@@ -10,6 +10,7 @@
 
 #include "HxLattice3.h"
 #include "HxMessage.h"
+#include "LargeArrays.h"
 #include "LatticeFileReader.h"
 #include "LineInput.h"
 #include "LoadCommand.h"
@@ -82,15 +83,6 @@ HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int 
                    .arg(nDataVar)
                    .arg(QLatin1String(type.getName())));
     return nullptr;
-}
-
-// Room for n more values, allocated once at that size.
-template <class T>
-void reserveMore(McDArray<T>& values, int n)
-{
-    values.remax(values.size() + n);
-    hxcsv::adviseHugePages(values.dataPtr() + values.size(),
-                           sizeof(T) * static_cast<size_t>(values.capacity() - values.size()));
 }
 
 // Reads the file into the array, or into the block when there is one.
@@ -211,12 +203,12 @@ void QxCSVUniformScalarFieldImport::reserveValues(int typeIndex, long long wante
         return;
     const int n = static_cast<int>(std::min(count, static_cast<long long>(INT_MAX - arraySize(typeIndex))));
     switch (typeIndex) {
-    case 0: reserveMore(byteValues, n); break;
-    case 1: reserveMore(shortValues, n); break;
-    case 2: reserveMore(ushortValues, n); break;
-    case 3: reserveMore(int32Values, n); break;
-    case 4: reserveMore(floatValues, n); break;
-    case 5: reserveMore(doubleValues, n); break;
+    case 0: hxcsv::reserveFinalSize(byteValues, byteValues.size() + n); break;
+    case 1: hxcsv::reserveFinalSize(shortValues, shortValues.size() + n); break;
+    case 2: hxcsv::reserveFinalSize(ushortValues, ushortValues.size() + n); break;
+    case 3: hxcsv::reserveFinalSize(int32Values, int32Values.size() + n); break;
+    case 4: hxcsv::reserveFinalSize(floatValues, floatValues.size() + n); break;
+    case 5: hxcsv::reserveFinalSize(doubleValues, doubleValues.size() + n); break;
     default: break;
     }
 }
