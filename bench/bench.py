@@ -4,7 +4,7 @@
 Every case runs --runs times, interleaved (one round runs every case once, each
 round starting one case later), after --warmup untimed rounds. Wall time is
 taken around the process, peak RSS and minor page faults from /usr/bin/time -v.
-Writes a markdown report (bench/RESULTS.md by default). bench/run.sh installs
+Writes a markdown report (bench/data/latest.md by default). bench/run.sh installs
 the tools, builds and calls this script; see the Benchmarks section of README.md.
 """
 import argparse
@@ -384,6 +384,7 @@ def report(cases, manifest, args, list_text, started):
             out.append(shlex.join([os.path.relpath(a, ROOT) if a.startswith(ROOT + os.sep) else a
                                    for a in c.argv]))
     out += ["```", ""]
+    os.makedirs(os.path.dirname(os.path.abspath(args.out)), exist_ok=True)
     with open(args.out, "w") as f:
         f.write("\n".join(out))
 
@@ -395,7 +396,7 @@ def main():
     ap.add_argument("--warmup", type=int, default=1, help="untimed rounds first (default 1)")
     ap.add_argument("--seed", type=int, default=1)
     ap.add_argument("--data", default=os.path.join(HERE, "data"), help="folder of the generated files")
-    ap.add_argument("--out", default=os.path.join(HERE, "RESULTS.md"), help="markdown report to write")
+    ap.add_argument("--out", default=os.path.join(HERE, "data", "latest.md"), help="markdown report to write")
     ap.add_argument("--hxhost", default=os.path.join(ROOT, "build", "bin", "hxhost"))
     ap.add_argument("--packages", help="package folder for hxhost (default: its own)")
     ap.add_argument("--reader", default=os.path.join(ROOT, "build", "bin", "fastfloat_reader"))
