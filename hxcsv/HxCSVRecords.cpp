@@ -158,8 +158,6 @@ private:
     bool skipPlainRecords(int& recordCount);
     bool readPlainRecord(int& recordCount);
     bool startsPlainRecord(const char* start) const;
-    template <class OnField>
-    bool scanPlainRecord(const char* start, const char*& textEnd, const char*& next, OnField onField);
     End readRecord();
     End startRecord(int c);
     End continueRecord(int c);
@@ -238,36 +236,34 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
 template <class Source>
 bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
 {
-    const char* start = source.input.available();
-    if (!startsPlainRecord(start))
-        return false;
-    const char* textEnd = nullptr; // past the stored text
-    const char* next = nullptr;    // where reading goes on
     csv.fields.clear();
     shortDecimals = 0;
-    const auto noteField = [this, start](const char* field, int length, long long index, bool shortDecimal) {
-        csv.fields.push_back({static_cast<int>(field - start), length});
+    const char* start = nullptr;
+    const auto noteField = [&](const char* field, int fieldLength, long long index, bool shortDecimal) {
+        if (index == 0)
+            start = field;
+        csv.fields.push_back({static_cast<int>(field - start), fieldLength});
         if (shortDecimal && index < 64)
             shortDecimals |= uint64_t(1) << index;
         return true;
     };
-    if (!scanPlainRecord(start, textEnd, next, noteField))
+    // The record goes to the buffer; it is taken when its numbers convert,
+    // else left to be re-joined.
+    const auto takeConverting = [&](const char* begin, const char* textEnd) {
+        lineEndPassed = *textEnd != static_cast<char>(syntax.delimiter);
+        length = static_cast<int>(textEnd - begin);
+        std::memcpy(buffer, begin, static_cast<size_t>(length));
+        if (lineEndPassed) // the line feed is taken as a delimiter
+            buffer[length++] = static_cast<char>(syntax.delimiter);
+        else
+            ++length; // the delimiter itself
+        buffer[length] = '\0';
+        csv.takeNewFields();
+        csv.shortDecimalFields = shortDecimals;
+        return (csv.recordContinued || numbersConvert(csv.fields)) ? RunStep::TakeLast : RunStep::Leave;
+    };
+    if (runPlainRecords(noteField, takeConverting) == 0)
         return false;
-    lineEndPassed = *textEnd != static_cast<char>(syntax.delimiter);
-    length = static_cast<int>(textEnd - start);
-    std::memcpy(buffer, start, static_cast<size_t>(length));
-    if (lineEndPassed) // the line feed is taken as a delimiter
-        buffer[length++] = static_cast<char>(syntax.delimiter);
-    else
-        ++length; // the delimiter itself
-    buffer[length] = '\0';
-    csv.takeNewFields();
-    csv.shortDecimalFields = shortDecimals;
-    if (!csv.recordContinued && !numbersConvert(csv.fields))
-        return false; // to be re-joined
-    source.input.skipTo(next);
-    if (!lineEndPassed && !csv.noLineBreaks)
-        discardRestOfLine();
     ++recordCount;
     csv.fieldsOfRecordRead = true;
     return true;
@@ -277,7 +273,8 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
 // would take) straight in the block, looking at each 16 bytes once and
 // carrying on in the same 16 bytes where the next record starts. Each field
 // goes to onField(begin, length, index, shortDecimal), which may refuse it;
-// each whole record to onRecord(begin), which takes it (Take), takes it as
+// each whole record to onRecord(begin, end), end being the delimiter that
+// completes it or its line end, which takes it (Take), takes it as
 // the last (TakeLast) or leaves it (Leave). The run ends there, and at
 // anything that is not a plain record; reading goes on after the last
 // record taken. Returns the number taken.
@@ -327,7 +324,7 @@ int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRec
                         return;
                     next = lineFeed + 1;
                 }
-                const RunStep step = onRecord(recordStart);
+                const RunStep step = onRecord(recordStart, q);
                 if (step == RunStep::Leave)
                     return;
                 ++taken;
@@ -359,7 +356,7 @@ bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
         return index >= 64 || !(tested >> index & 1) || shortDecimal
                || HxCSVNumbers::isShortDecimal(field, static_cast<size_t>(k));
     };
-    const int counted = runPlainRecords(plainNumberWhereTried, [](const char*) { return RunStep::Take; });
+    const int counted = runPlainRecords(plainNumberWhereTried, [](const char*, const char*) { return RunStep::Take; });
     recordCount += counted;
     length = 0;
     buffer[0] = '\0';
@@ -391,7 +388,7 @@ int HxCSV::RecordReader<Source>::storePlainRecords(int row, int count, bool igno
     // The numbers the record reader would try must convert, as they do
     // when they are short decimals; even those that no column stores.
     const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
-    const auto store = [&](const char* record) {
+    const auto store = [&](const char* record, const char*) {
         if ((shortDecimals & tested) != tested
             || !csv.storeShortDecimalRow(record, found, fieldCount, shortDecimals, row, ignoreColumnCount))
             return RunStep::Leave;
@@ -408,54 +405,6 @@ bool HxCSV::RecordReader<Source>::startsPlainRecord(const char* start) const
 {
     return start != source.input.availableEnd() && !source.stops.stops(*start)
            && static_cast<unsigned char>(*start) != syntax.commentChar;
-}
-
-// Finds the fields of a plain record at start, looking at each 16 bytes
-// once, and hands each to onField(begin, length, index, shortDecimal),
-// which may refuse it. False at anything that is not plain, or when the
-// record does not end within the block and within the room of the buffer.
-// textEnd is the delimiter that completes the record, or the line end;
-// next is where reading goes on.
-template <class Source>
-template <class OnField>
-bool HxCSV::RecordReader<Source>::scanPlainRecord(const char* start, const char*& textEnd, const char*& next,
-                                                  OnField onField)
-{
-    const char* blockEnd = source.input.availableEnd();
-    const long long needed = fieldsNeeded();
-    const char* limit = blockEnd - start > size - 1 ? start + size - 1 : blockEnd;
-    const char delimiter = static_cast<char>(syntax.delimiter);
-    const char* fieldStart = start;
-    long long found = 0;
-    for (const char* chunk = start; limit - chunk >= 16; chunk += 16) {
-        for (unsigned mask = source.stops.in16(chunk); mask != 0; mask &= mask - 1) {
-            const char* q = chunk + __builtin_ctz(mask);
-            if (q == fieldStart) // a run of delimiters
-                return false;
-            const int k = static_cast<int>(q - fieldStart);
-            // The bytes are looked at once for both: a short decimal needs
-            // no test while counting, and fewer checks when converted.
-            const bool shortDecimal = k < 16 && limit - fieldStart >= 16 && Stops::shortDecimalIn16(fieldStart, k);
-            if (!onField(fieldStart, k, found, shortDecimal))
-                return false;
-            ++found;
-            if (*q == delimiter) {
-                if (found < needed) {
-                    fieldStart = q + 1;
-                    continue;
-                }
-                next = q + 1;
-            } else {
-                const char* lineFeed = (*q == '\r' && q + 1 < blockEnd) ? q + 1 : q;
-                if (*lineFeed != '\n' || found < needed)
-                    return false;
-                next = lineFeed + 1;
-            }
-            textEnd = q;
-            return true;
-        }
-    }
-    return false;
 }
 
 template <class Source>
