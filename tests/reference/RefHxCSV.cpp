@@ -73,76 +73,6 @@ std::string cleanHeaderLine(const char* line)
 
 } // namespace
 
-CSVException::CSVException(const char* message, Error code)
-    : message(message ? message : ""), code(code)
-{
-}
-
-HxCSV::HxCSV()
-    : commentMarker(new McString("")),
-      verticalDelimiter(new McString("")),
-      columnDelimiter(new McString(" "))
-{
-}
-
-HxCSV::~HxCSV()
-{
-    delete fileName;
-    delete commentMarker;
-    delete verticalDelimiter;
-    delete columnDelimiter;
-}
-
-void HxCSV::setFileName(const char* name)
-{
-    delete fileName;
-    fileName = new McString(name ? name : "");
-}
-
-void HxCSV::setColumnDelimiter(McString delimiter)
-{
-    columnDelimiter->printf("%s", delimiter.getString());
-}
-
-void HxCSV::setVerticalDelimiter(McString delimiter)
-{
-    verticalDelimiter->printf("%s", delimiter.getString());
-}
-
-void HxCSV::setCommentMarker(McString marker)
-{
-    commentMarker->printf("%s", marker.getString());
-}
-
-void HxCSV::setFirstRowContainsColumnNames(bool value)
-{
-    firstRowContainsColumnNames = value;
-}
-
-void HxCSV::setNoLineBreaks(bool value)
-{
-    noLineBreaks = value;
-}
-
-bool HxCSV::getNoLineBreaks()
-{
-    return noLineBreaks;
-}
-
-void HxCSV::setDataStartLineNum(int n)
-{
-    dataStartLineNum = (firstRowContainsColumnNames && n == 1) ? 2 : n;
-}
-
-McString HxCSV::getColumnName(int i)
-{
-    // Callers pass a file column picked by the user; a file whose header is
-    // shorter than its data rows simply has no name for it.
-    if (i < 0 || i >= columnNames.size())
-        return McString();
-    return columnNames[i];
-}
-
 FILE* HxCSV::openFile(const char* name)
 {
     FILE* file = std::fopen(name, "rb");
@@ -540,31 +470,6 @@ void store(McDArray<T>* array, int rowIndex, const T& value)
         *row = value;
 }
 
-template <class T>
-void resizeZeroed(McDArray<T>* array, int rows)
-{
-    if (!array)
-        return;
-    const int oldSize = array->size();
-    array->resize(rows);
-    for (int i = oldSize; i < rows; ++i)
-        (*array)[i] = 0;
-}
-
-void resizeRaw(const HxCSV::CSVDataColumn& column, int rows)
-{
-    if (!column.rawData)
-        return; // a binding without a buffer only checks its column
-    const size_t bytes = static_cast<size_t>(column.primType.size()) * static_cast<size_t>(rows);
-    // Never ask for zero bytes: realloc(p, 0) would free the caller's buffer.
-    const size_t asked = std::max<size_t>(bytes, 1);
-    void* buffer = *column.rawData ? std::realloc(*column.rawData, asked) : std::malloc(asked);
-    if (!buffer)
-        throw std::bad_alloc();
-    *column.rawData = buffer;
-    std::memset(buffer, 0, bytes);
-}
-
 } // namespace
 
 // The message is sized to fit, so a long field value is shown whole.
@@ -582,87 +487,10 @@ void HxCSV::fail(CSVException::Error code, const char* format, ...)
     throw CSVException(text.c_str(), code);
 }
 
-void HxCSV::addColumn(int columnIndex, McPrimType type)
-{
-    CSVDataColumn column;
-    column.columnIndex = columnIndex;
-    column.storageKind = RawBuffer;
-    column.primType = type;
-    columns.append(column);
-}
-
-void HxCSV::addColumn(int columnIndex, McPrimType type, void** buffer)
-{
-    addColumn(columnIndex, type);
-    columns.last().rawData = buffer;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<double>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Double;
-    columns.last().doubleData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<float>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Float;
-    columns.last().floatData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McString>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Text;
-    columns.last().stringData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<double>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = DoubleVectorComponent;
-    columns.last().vec3dData = array;
-    columns.last().component = component;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<float>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = FloatVectorComponent;
-    columns.last().vec3fData = array;
-    columns.last().component = component;
-}
-
 void HxCSV::resizeDataStorage(int rows)
 {
-    rows = std::max(rows, 0);
-    storageRows = rows;
-    for (const CSVDataColumn& column : columns) {
-        switch (column.storageKind) {
-        case FloatVectorComponent:
-            if (column.vec3fData)
-                column.vec3fData->resize(rows);
-            break;
-        case DoubleVectorComponent:
-            if (column.vec3dData)
-                column.vec3dData->resize(rows);
-            break;
-        case Float:
-            resizeZeroed(column.floatData, rows);
-            break;
-        case Double:
-            resizeZeroed(column.doubleData, rows);
-            break;
-        case Text:
-            if (column.stringData)
-                column.stringData->resize(rows);
-            break;
-        case RawBuffer:
-            resizeRaw(column, rows);
-            break;
-        }
-    }
+    ::HxCSV::resizeDataStorage(rows);
+    storageRows = std::max(rows, 0);
 }
 
 // At least 0, so a record always needs one field even with nothing bound.
