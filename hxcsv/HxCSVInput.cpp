@@ -1,5 +1,6 @@
 #include "HxCSVInput.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <sys/stat.h>
@@ -8,21 +9,23 @@ size_t HxCSVInput::largestBlock = 1 << 20;
 
 namespace {
 
-// A small file needs no more than its own size.
+// A small file needs no more than its own size; never less than a byte.
 size_t blockSizeFor(FILE* file, size_t largest)
 {
     struct stat status;
-    if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode))
-        return largest;
-    const size_t size = static_cast<size_t>(status.st_size) + 1; // to see the end at once
-    return size < largest ? size : largest;
+    size_t size = largest;
+    if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode))
+        size = std::min(static_cast<size_t>(status.st_size) + 1, largest); // + 1 to see the end at once
+    return std::max<size_t>(size, 1);
 }
 
 } // namespace
 
 HxCSVInput::HxCSVInput(FILE* file)
-    : file(file), blockSize(blockSizeFor(file, largestBlock)), block(new char[blockSize]), next(block.get()),
-      end(next)
+    // Zeroed once, padding included, so no byte past a short read is
+    // uninitialised.
+    : file(file), blockSize(blockSizeFor(file, largestBlock)), block(new char[blockSize + padding]()),
+      next(block.get()), end(next)
 {
 }
 

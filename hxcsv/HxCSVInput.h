@@ -9,8 +9,15 @@
 // functions that the parser was written with: a byte at a time with one
 // step back (fgetc, ungetc) and line pieces (fgets). A byte costs a pointer
 // step instead of a library call. The parser's only reader of the file.
+//
+// The block keeps `padding` readable bytes past availableEnd(), whatever was
+// read, so that code which looks at many bytes at once (a 16-byte compare, a
+// number read eight digits at a time) may read that far past any text that
+// ends inside the block. What they hold is unspecified but initialised.
 class HxCSVInput {
 public:
+    static constexpr size_t padding = 16;
+
     explicit HxCSVInput(FILE* file);
 
     // The next byte, or EOF at the end of the file.

@@ -39,8 +39,12 @@ HXCSV_API bool isShortDecimal(const char* text, size_t length);
 // checks that such a text never needs: it always converts.
 HXCSV_API double shortDecimalToDouble(const char* text, size_t length);
 
-// The same, faster, for a text followed by at least recordPadding readable
-// bytes (their values do not matter), as records in the parser's buffers are.
+// The same, faster. Precondition: the recordPadding bytes after the text
+// are readable (their values do not matter). It loads 16 bytes from the
+// first digit and 8 from the first digit of each part; with at most 8
+// digits a part, no load reaches further than 16 bytes past the text's end.
+// The parser's record buffers and its input block keep that padding, so a
+// field anywhere in either may be given.
 constexpr size_t recordPadding = 16;
 HXCSV_API double paddedShortDecimalToDouble(const char* text, size_t length);
 

@@ -10,6 +10,9 @@
 #include "HxCSVInput.h"
 #include "HxCSVNumbers.h"
 
+static_assert(HxCSVInput::padding >= HxCSVNumbers::recordPadding,
+              "known short decimals are converted where they lie in the input block");
+
 namespace {
 
 int firstCharacter(const McString* text)
@@ -56,7 +59,8 @@ public:
 
     // True when the k bytes at p (k < 16, a stopping byte after them) are a
     // short plain decimal (HxCSVNumbers::isShortDecimal), seen in the same
-    // 16 bytes without a branch on them.
+    // 16 bytes without a branch on them. Reads the 16 bytes at p: p must lie
+    // in a record buffer or in the input block, whose padding covers them.
     static bool shortDecimalIn16(const char* p, int k)
     {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -301,8 +305,9 @@ int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRec
                 if (q == fieldStart || q - recordStart >= size - 1)
                     return;
                 const long long k = q - fieldStart;
-                const bool shortDecimal = k < 16 && blockEnd - fieldStart >= 16
-                                          && Stops::shortDecimalIn16(fieldStart, static_cast<int>(k));
+                // The field lies in the block, whose padding covers every
+                // load of the test and of the converter behind it.
+                const bool shortDecimal = k < 16 && Stops::shortDecimalIn16(fieldStart, static_cast<int>(k));
                 if (!onField(fieldStart, static_cast<int>(k), found, shortDecimal))
                     return;
                 ++found;
