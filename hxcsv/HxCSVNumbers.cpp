@@ -29,13 +29,13 @@ struct ByteClasses {
     {
         for (int c = '0'; c <= '9'; ++c)
             of[c] = Digit;
-        of['.'] = Point;
-        of['+'] = of['-'] = Sign;
+        of[int('.')] = Point;
+        of[int('+')] = of[int('-')] = Sign;
         // QChar::isSpace over Latin-1: \t to \r, the blank, NEL and the
         // no-break space.
         for (int c = '\t'; c <= '\r'; ++c)
             of[c] = QtSpace;
-        of[' '] = of[0x85] = of[0xA0] = QtSpace;
+        of[int(' ')] = of[0x85] = of[0xA0] = QtSpace;
     }
     ByteClass operator[](char c) const { return of[static_cast<unsigned char>(c)]; }
     ByteClass of[256];

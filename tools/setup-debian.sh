@@ -9,6 +9,7 @@ packages=(
   libfast-float-dev
   python3-vtk9
   xvfb xauth
+  clang-14 libclang-rt-14-dev
 )
 missing=()
 for p in "${packages[@]}"; do
