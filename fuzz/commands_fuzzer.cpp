@@ -92,16 +92,8 @@ void roundTrip(FuzzedDataProvider& in)
         argv.push_back(words[i].c_str());
     const std::unique_ptr<HxCSVParseParameters> read(
         HxCSVUtils::getParseParameters(static_cast<int>(argv.size()), argv.data(), 0));
-    check(read != nullptr);
-    check(read->fileName == written.fileName);
-    check(read->columnIndices->size() == written.columnIndices->size());
-    for (int i = 0; i < written.columnIndices->size(); ++i)
-        check((*read->columnIndices)[i] == (*written.columnIndices)[i]);
-    check(*read->columnDelimiter == *written.columnDelimiter);
-    check(*read->commentMarker == *written.commentMarker);
-    check(read->dataStartLineNum == written.dataStartLineNum);
-    check(read->firstRowContainsColumnNames == written.firstRowContainsColumnNames);
-    check(read->noLineBreaks == written.noLineBreaks);
+    // The writer shows every field, so equal blocks mean equal records.
+    check(read && HxCSVUtils::getLoadCommandString(read.get()) == HxCSVUtils::getLoadCommandString(&written));
 }
 
 // Arguments separated by NUL bytes; occurrence picks the block to read.
