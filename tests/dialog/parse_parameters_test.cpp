@@ -65,11 +65,8 @@ TEST(ParseParameters, TakenFromTheDialog)
     EXPECT_EQ(textOf(HxCSVUtils::getParseParameters(&dialog)),
               "CSVParams \"/nonexistent/wells.csv\" \"4 2 1 2 -1\" \"|\" \"%\" 3 1 1");
 
-    // A list entry wins over the field; an empty start line reads as 0.
-    dialog.comboBoxColumnDelimiter->setCurrentIndex(2);
-    dialog.lineEditDataLineNum->clear();
-    EXPECT_EQ(textOf(HxCSVUtils::getParseParameters(&dialog)),
-              "CSVParams \"/nonexistent/wells.csv\" \"4 2 1 2 -1\" \"\t\" \"%\" 0 1 1");
+    dialog.lineEditDataLineNum->clear(); // reads as 0
+    EXPECT_EQ(std::unique_ptr<HxCSVParseParameters>(HxCSVUtils::getParseParameters(&dialog))->dataStartLineNum, 0);
 }
 
 // Written exactly so, and read back from the words hxhost splits a LoadCmd
@@ -84,16 +81,15 @@ TEST(ParseParameters, WrittenAndReadBackThroughTheHostsSplitting)
         {{"/data/wells.csv", {0, 1, 2, -1}, ",", "#", 2, true, false},
          "CSVParams \"/data/wells.csv\" \"4 0 1 2 -1\" \",\" \"#\" 2 1 0", true},
         {{"f.csv", {}, " ", "#", 1, false, false}, "CSVParams \"f.csv\" \"0\" \" \" \"#\" 1 0 0", true},
-        {{"t.csv", {-1}, "\t", "", 7, false, true}, "CSVParams \"t.csv\" \"1 -1\" \"\t\" \"\" 7 0 1", true},
+        {{"/my data/t.csv", {-1}, "\t", "", 1000000, false, true},
+         "CSVParams \"/my data/t.csv\" \"1 -1\" \"\t\" \"\" 1000000 0 1", true},
         {{"q\"uote.csv", {3}, "\"", "\\\\", 1, true, true},
          "CSVParams \"q\"uote.csv\" \"1 3\" \"\\\"\" \"\\\\\\\\\" 1 1 1", false},
-        {{"/my data/a b.csv", {}, " ", "", 1, false, true}, "CSVParams \"/my data/a b.csv\" \"0\" \" \" \"\" 1 0 1", true},
-        {{"x.csv", {4, -1, 98}, "\t", "\\", 1000000, true, true},
-         "CSVParams \"x.csv\" \"3 4 -1 98\" \"\t\" \"\\\\\" 1000000 1 1", true},
-        {{"y.csv", {0}, "\"", "a\\\"b '$`", 3, false, false},
-         "CSVParams \"y.csv\" \"1 0\" \"\\\"\" \"a\\\\\\\"b '$`\" 3 0 0", true},
+        {{"y.csv", {4, -1, 98}, "\"", "a\\\"b '$`", 3, false, false},
+         "CSVParams \"y.csv\" \"3 4 -1 98\" \"\\\"\" \"a\\\\\\\"b '$`\" 3 0 0", true},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         EXPECT_EQ(textOf(c.record), c.text);
         if (!c.splits)
             continue;
@@ -119,7 +115,7 @@ TEST(ParseParameters, ReadFromArguments)
          "CSVParams \"f\" \"0\" \" \" \"#\" 1 1 0"},
         {"flags are 1 or nothing", {"CSVParams", "f", "0", " ", "#", "1", "true", "2"},
          "CSVParams \"f\" \"0\" \" \" \"#\" 1 0 0"},
-        {"double blank gives entry 0", {"CSVParams", "f", "3 7  9", ",", "#", "5x", "01", "1"},
+        {"double blank gives entry 0; numbers read like strtol", {"CSVParams", "f", "3 7  9", ",", "#", "5x", "01", "1"},
          "CSVParams \"f\" \"3 7 0 9\" \",\" \"#\" 5 1 1"},
         {"negative count", {"CSVParams", "f", "-2 4", ",", "", "x", "0"}, "CSVParams \"f\" \"0\" \",\" \"\" 0 0 0"},
         // Nothing to read: no block, a marker of another case or name, too
@@ -132,6 +128,8 @@ TEST(ParseParameters, ReadFromArguments)
         {"columns short of the count", {"CSVParams", "f", "3 0 1", " ", "#", "1", "0"}, "(none)"},
         {"count too big", {"CSVParams", "f", "99999999999 0", " ", "#", "1", "0"}, "(none)"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(read(c.argv), c.expected) << c.what;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(read(c.argv), c.expected);
+    }
 }

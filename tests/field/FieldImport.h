@@ -1,6 +1,6 @@
 #pragma once
 // Uniform field imports set up the way a user sets up the dialog, and the
-// lattice read back as doubles.
+// numbers of its JSON.
 #include <vector>
 
 #include "HxLattice3.h"
@@ -17,7 +17,8 @@ struct FieldSettings {
     int firstLine = 1;
 };
 
-inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSettings& s)
+// The lattice part of the dialog, from any settings record that has it.
+template <class Settings> void applyLayout(QxCSVUniformScalarFieldImport& dialog, const Settings& s)
 {
     dialog.dataTypeOpt->setCurrentIndex(s.type);
     dialog.nDataVarOpt->setCurrentIndex(s.nDataVar - 1);
@@ -25,28 +26,23 @@ inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSett
     dialog.dimsTxt1->setValue(s.dims[1]);
     dialog.dimsTxt2->setValue(s.dims[2]);
     (s.xFastest ? dialog.xFastestBtn : dialog.zFastestBtn)->setChecked(true);
+}
+
+inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSettings& s)
+{
+    applyLayout(dialog, s);
     dialog.setColumnDelimiter(s.delimiter);
     dialog.setCommentMarker(s.comment);
     dialog.setDataStartLineNum(s.firstLine);
 }
 
-template <class T>
-std::vector<double> asDoubles(const HxLattice3& lattice)
+// Numbers of a JSON array, such as a field's "values".
+inline std::vector<double> jsonNumbers(const QJsonArray& a)
 {
-    const T* data = static_cast<const T*>(lattice.dataPtr().getData());
-    return std::vector<double>(data, data + lattice.numNodes() * lattice.nDataVar());
-}
-
-inline std::vector<double> latticeValues(const HxLattice3& lattice)
-{
-    switch (lattice.primType().getType()) {
-    case McPrimType::MC_UINT8: return asDoubles<unsigned char>(lattice);
-    case McPrimType::MC_INT16: return asDoubles<short>(lattice);
-    case McPrimType::MC_UINT16: return asDoubles<unsigned short>(lattice);
-    case McPrimType::MC_INT32: return asDoubles<int>(lattice);
-    case McPrimType::MC_FLOAT: return asDoubles<float>(lattice);
-    default: return asDoubles<double>(lattice);
-    }
+    std::vector<double> v;
+    for (const QJsonValue& x : a)
+        v.push_back(x.toDouble());
+    return v;
 }
 
 // The field that the last import registered, or null.

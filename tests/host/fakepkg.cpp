@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "HxCluster.h"
-#include "HxLattice3.h"
 #include "HxLineSet.h"
 #include "HxMessage.h"
 #include "HxPackage.h"
@@ -66,17 +65,5 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
     for (int i = 0; i < 3; ++i)
         s->getData(0)[i] = 0.5f * i;
     HxData::registerData(s, QString::fromLatin1(argv[0]));
-    return 1;
-}
-
-// A 2x1x1 field; optional argv[1..6] give its bounding box.
-HX_PACKAGE_ENTRY int hxReadFakeField(int argc, const char** argv)
-{
-    HxLattice3* lat = new HxLattice3(McDim3l(2, 1, 1), 1, McPrimType(McPrimType::MC_INT16), C_UNIFORM, nullptr);
-    float box[6] = {0, 1, 0, 0, 0, 0};
-    for (int i = 0; i < 6 && argc >= 7; ++i)
-        box[i] = std::strtof(argv[1 + i], nullptr);
-    lat->coords()->setBoundingBox(McBox3f(box));
-    HxData::registerData(new HxUniformScalarField3(lat), QString::fromLatin1(argv[0]));
     return 1;
 }

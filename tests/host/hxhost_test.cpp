@@ -12,13 +12,6 @@ const QStringList kFake = {QStringLiteral("--packages"), QStringLiteral(HX_TEST_
 
 } // namespace
 
-TEST(Hxhost, EmptyRunPrintsEmptyJson)
-{
-    HostRun r = runHxhost({});
-    EXPECT_EQ(r.exitCode, 0) << r.err.constData();
-    EXPECT_EQ(r.json, QJsonObject({{"objects", QJsonArray()}, {"messages", QJsonArray()}})) << r.out.constData();
-}
-
 TEST(Hxhost, ExitStatuses)
 {
     struct Case {
@@ -39,21 +32,24 @@ TEST(Hxhost, ExitStatuses)
         {"replay without display", QStringList(kFake) << "-c" << "load -fake_echo a.csv -dataOnly", 0, ""},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
         HostRun r = runHxhost(c.args, false);
-        EXPECT_EQ(r.exitCode, c.status) << c.what << "\n" << r.err.constData();
-        EXPECT_TRUE(r.err.contains(c.errorText)) << c.what << "\n" << r.err.constData();
+        EXPECT_EQ(r.exitCode, c.status) << r.err.constData();
+        EXPECT_TRUE(r.err.contains(c.errorText)) << r.err.constData();
     }
 }
 
 TEST(Hxhost, RunsScriptsAndNamesObjectsUniquely)
 {
+    EXPECT_EQ(runHxhost({}).json, QJsonObject({{"objects", QJsonArray()}, {"messages", QJsonArray()}}));
+
     const QString script = QString::fromLatin1(HX_TEST_PACKAGES "/script.hx");
     QFile f(script);
     ASSERT_TRUE(f.open(QIODevice::WriteOnly));
     f.write("# a comment\n\nload -fake_lineset a.csv -dataOnly\n  load -fake_lineset a.csv -dataOnly\n");
     f.close();
     HostRun r = runHxhost(QStringList(kFake) << script);
-    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
+    EXPECT_EQ(r.exitCode, 0) << r.err.constData();
     ASSERT_EQ(r.objects().size(), 2);
     EXPECT_EQ(r.objects()[1].toObject().value("name").toString(), "a.csv2");
 }
@@ -68,15 +64,14 @@ TEST(Hxhost, ListsOnlyLibrariesWithAPackageEntry)
     EXPECT_TRUE(runHxhost({"--list"}, false).out.contains("package hxcsv"));
 }
 
-TEST(Hxhost, ClusterJsonRoundTripsEveryNumber)
+TEST(Hxhost, JsonRoundTripsEveryNumberAndText)
 {
-    HostRun r = runHxhost(QStringList(kFake) << "-c" << "load -fake_cluster /tmp/c.csv -dataOnly");
-    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
-    ASSERT_EQ(r.objects().size(), 1);
+    HostRun r = runHxhost(QStringList(kFake) << "-c" << "load -fake_cluster /tmp/c.csv -dataOnly" << "-c"
+                                             << "load -fake_echo \"a\tb\nc\\\\\" fail -dataOnly");
+    ASSERT_EQ(r.objects().size(), 1) << r.out.constData();
     QJsonObject c = r.objects()[0].toObject();
     EXPECT_EQ(c.value("class").toString(), "HxCluster");
     QJsonArray pts = c.value("points").toArray();
-    ASSERT_EQ(pts.size(), 3);
     const float xs[3] = {0.1f, -1e-38f, 3.4028235e38f};
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(static_cast<float>(pts[i].toArray()[0].toDouble()), xs[i]) << i;
@@ -85,4 +80,7 @@ TEST(Hxhost, ClusterJsonRoundTripsEveryNumber)
     EXPECT_EQ(c.value("dataColumns").toArray()[0].toObject().value("values").toArray(), QJsonArray({"nan", "inf", "-inf"}));
     EXPECT_EQ(c.value("labelColumns").toArray()[0].toObject().value("values").toArray()[2].toString(),
               QString::fromUtf8("läbel \"2\""));
+    const QJsonArray messages = r.json.value("messages").toArray();
+    EXPECT_TRUE(messages.contains(QJsonObject({{"level", "info"}, {"text", "arg[0]=<a\tb\nc\\>"}}))) << r.out.constData();
+    EXPECT_TRUE(messages.last().toObject().value("level") == "error") << r.out.constData();
 }

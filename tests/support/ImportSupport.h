@@ -3,15 +3,14 @@
 // hxhost makes them, dialogs driven while they run modally, and objects as
 // hxhost's JSON.
 #include <QApplication>
-#include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest/QTest>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -77,38 +76,39 @@ inline int callReader(int (*entry)(int, const char**), const QString& command)
     return entry(a.argc(), a.argv.data());
 }
 
-// Runs body; when a modal dialog of type D opens meanwhile, hands it to act
-// (which must close it). Returns whether one opened.
-template <class D>
-bool driveDialog(const std::function<void(D&)>& act, const std::function<void()>& body)
-{
+// While it lives, presses OK on every message box that opens, keeping
+// "title: text" of each, and hands the first dialog of type D that opens to
+// act, which must close it.
+template <class D = QDialog>
+class ModalDriver {
+public:
+    explicit ModalDriver(std::function<void(D&)> act = {}) : act(std::move(act))
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] {
+            QWidget* w = QApplication::activeModalWidget();
+            auto* box = qobject_cast<QMessageBox*>(w);
+            if (box && box->isVisible()) {
+                QAbstractButton* ok = box->button(QMessageBox::Ok);
+                seen << box->windowTitle() + ": " + box->text() + (ok ? "" : " (no OK button)");
+                ok ? QTest::mouseClick(ok, Qt::LeftButton) : box->reject();
+            } else if (auto* d = qobject_cast<D*>(w); d && d->isVisible() && this->act && !opened) {
+                opened = true;
+                this->act(*d);
+            }
+        });
+        timer.start(5);
+    }
+    QStringList seen;
     bool opened = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<D*>(QApplication::activeModalWidget());
-        if (dialog && dialog->isVisible()) {
-            timer.stop();
-            opened = true;
-            act(*dialog);
-        }
-    });
-    timer.start(5);
-    body();
-    return opened;
-}
 
-// Runs body in the repository root, where the examples script's paths hold.
-inline void inSourceDir(const std::function<void()>& body)
-{
-    const QString before = QDir::currentPath();
-    QDir::setCurrent(HX_SOURCE_DIR);
-    body();
-    QDir::setCurrent(before);
-}
+private:
+    std::function<void(D&)> act;
+    QTimer timer;
+};
 
 inline bool exampleScriptHolds(const QString& command)
 {
-    QFile f(HX_SOURCE_DIR "/examples/examples.hx");
+    QFile f("examples/examples.hx");
     f.open(QIODevice::ReadOnly);
     return QString::fromLatin1(f.readAll()).split('\n').contains(command);
 }
@@ -128,15 +128,14 @@ inline QString loadCommandOf(const HxData* data)
 // The object as hxhost writes it into its JSON.
 inline QJsonObject jsonOf(HxData* data)
 {
-    std::FILE* f = std::tmpfile();
+    char* text = nullptr;
+    size_t length = 0;
+    std::FILE* f = open_memstream(&text, &length);
     hxhost::writeJson(f, {data}, {});
-    std::rewind(f);
-    QFile in;
-    in.open(f, QIODevice::ReadOnly);
-    const QByteArray text = in.readAll();
-    in.close();
     std::fclose(f);
-    return QJsonDocument::fromJson(text).object().value("objects").toArray()[0].toObject();
+    const QJsonDocument json = QJsonDocument::fromJson(QByteArray(text, static_cast<int>(length)));
+    std::free(text);
+    return json.object().value("objects").toArray()[0].toObject();
 }
 
 // Expects the last object's LoadCmd to be a line of the examples script that
@@ -147,7 +146,7 @@ inline QString expectExampleReplaysToTheSameObject()
     QJsonObject imported = jsonOf(lastObject());
     const QString command = loadCommandOf(lastObject());
     EXPECT_TRUE(exampleScriptHolds(command)) << command.toStdString();
-    HostRun r = runHxhost({"-c", command}, true, HX_SOURCE_DIR);
+    HostRun r = runHxhost({"-c", command});
     EXPECT_EQ(r.exitCode, 0) << r.err.constData();
     QJsonObject replayed = r.objects()[0].toObject();
     const QString again = replayed.take("parameters").toObject().value("LoadCmd").toString();

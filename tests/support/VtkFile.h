@@ -3,19 +3,16 @@
 // attributes and the raw appended block.
 #include <gtest/gtest.h>
 
-#include <QByteArray>
 #include <QFile>
 #include <QMap>
-#include <QStringList>
 #include <QXmlStreamReader>
 #include <cstring>
 #include <vector>
 
-// A written file: the attributes of its elements by tag and of its arrays by
+// The attributes of the file's elements by tag and of its arrays by
 // "Section/Name" (plus "tag"), and the raw appended block after its '_'.
 struct VtkFile {
-    QMap<QString, QXmlStreamAttributes> elements;
-    QMap<QString, QXmlStreamAttributes> arrays;
+    QMap<QString, QXmlStreamAttributes> elements, arrays;
     QByteArray block;
 
     QString attr(const QString& element, const QString& name) const
@@ -44,30 +41,29 @@ struct VtkFile {
 
 inline VtkFile readVtk(const QString& path)
 {
-    VtkFile f;
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
     const QByteArray all = file.readAll();
     const int tag = all.indexOf("<AppendedData encoding=\"raw\">");
     EXPECT_GT(tag, 0) << path.toStdString();
+    VtkFile f;
     f.block = all.mid(all.indexOf('_', tag) + 1);
-    // The header up to the binary block is plain XML.
-    QXmlStreamReader xml(all.left(tag));
+    QXmlStreamReader xml(all.left(tag)); // plain XML up to the binary block
     QStringList open;
     while (xml.readNext() != QXmlStreamReader::Invalid) {
-        if (xml.isStartElement()) {
-            const QString name = xml.name().toString();
-            QXmlStreamAttributes attributes = xml.attributes();
-            if (name == "DataArray" || name == "Array") {
-                attributes.append("tag", name);
-                f.arrays[open.last() + "/" + attributes.value("Name").toString()] = attributes;
-            } else {
-                f.elements[name] = attributes;
-            }
-            open << name;
-        } else if (xml.isEndElement()) {
+        if (xml.isEndElement())
             open.removeLast();
+        if (!xml.isStartElement())
+            continue;
+        const QString name = xml.name().toString();
+        QXmlStreamAttributes attributes = xml.attributes();
+        if (name == "DataArray" || name == "Array") {
+            attributes.append("tag", name);
+            f.arrays[open.last() + "/" + attributes.value("Name").toString()] = attributes;
+        } else {
+            f.elements[name] = attributes;
         }
+        open << name;
     }
     return f;
 }
