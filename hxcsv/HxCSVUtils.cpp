@@ -1,12 +1,13 @@
 #include "HxCSVUtils.h"
 
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "HxCSVArguments.h"
 #include "HxCSVParseParameters.h"
-#include "QxCSVImport.h"
+
+using hxcsv::readFlag;
+using hxcsv::readInt;
 
 namespace {
 
@@ -23,23 +24,6 @@ enum BlockArgument {
     HeaderFlagArg,
     LineBreakFlagArg,
 };
-
-const char* argumentAt(const char** argv, int i)
-{
-    return argv[i] ? argv[i] : "";
-}
-
-// Decimal like strtol: text after the digits is ignored, no digits give 0.
-int readInt(const char* text)
-{
-    const long value = std::strtol(text, nullptr, 10);
-    return value > INT_MAX ? INT_MAX : value < INT_MIN ? INT_MIN : static_cast<int>(value);
-}
-
-bool readFlag(const char* text)
-{
-    return readInt(text) == 1;
-}
 
 // Protects backslashes and double quotes inside a quoted token; the host's
 // command-line splitting gives the text back as it stood.
@@ -97,7 +81,7 @@ int findBlock(int argc, const char** argv, int occurrence)
 {
     int passed = 0;
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argumentAt(argv, i), blockMarker) != 0)
+        if (std::strcmp(hxcsv::argumentOrEmpty(argc, argv, i), blockMarker) != 0)
             continue;
         if (passed == occurrence)
             return i;
@@ -107,25 +91,6 @@ int findBlock(int argc, const char** argv, int occurrence)
 }
 
 } // namespace
-
-HxCSVParseParameters* HxCSVUtils::getParseParameters(QxCSVImport* dialog)
-{
-    auto* params = new HxCSVParseParameters;
-    if (!dialog)
-        return params;
-    const int count = dialog->getColumnsCount();
-    params->columnIndices->resize(count);
-    for (int i = 0; i < count; ++i)
-        (*params->columnIndices)[i] = dialog->getPhysicalColumnIndex(i);
-    params->fileName.printf("%s", dialog->getFileName().getString());
-    *params->columnDelimiter = dialog->getColumnDelimiter();
-    *params->commentMarker = dialog->getCommentMarker();
-    params->dataStartLineNum = dialog->getDataStartLineNum();
-    // Read even while a subclass keeps the boxes hidden: hidden means unchecked.
-    params->firstRowContainsColumnNames = dialog->firstLineColumnLabels->isChecked();
-    params->noLineBreaks = dialog->noLineBreaks->isChecked();
-    return params;
-}
 
 HxCSVParseParameters* HxCSVUtils::getParseParameters(int argc, const char** argv, int occurrence)
 {
@@ -140,15 +105,15 @@ HxCSVParseParameters* HxCSVUtils::getParseParameters(int argc, const char** argv
     if (m + HeaderFlagArg >= argc)
         return nullptr;
     std::unique_ptr<HxCSVParseParameters> params(new HxCSVParseParameters);
-    params->fileName = argumentAt(argv, m + FileNameArg);
-    if (!readColumnList(argumentAt(argv, m + ColumnListArg), *params->columnIndices))
+    params->fileName = hxcsv::argumentOrEmpty(argc, argv, m + FileNameArg);
+    if (!readColumnList(hxcsv::argumentOrEmpty(argc, argv, m + ColumnListArg), *params->columnIndices))
         return nullptr;
-    *params->columnDelimiter = argumentAt(argv, m + DelimiterArg);
-    *params->commentMarker = argumentAt(argv, m + CommentMarkerArg);
-    params->dataStartLineNum = readInt(argumentAt(argv, m + StartLineArg));
-    params->firstRowContainsColumnNames = readFlag(argumentAt(argv, m + HeaderFlagArg));
+    *params->columnDelimiter = hxcsv::argumentOrEmpty(argc, argv, m + DelimiterArg);
+    *params->commentMarker = hxcsv::argumentOrEmpty(argc, argv, m + CommentMarkerArg);
+    params->dataStartLineNum = readInt(hxcsv::argumentOrEmpty(argc, argv, m + StartLineArg));
+    params->firstRowContainsColumnNames = readFlag(hxcsv::argumentOrEmpty(argc, argv, m + HeaderFlagArg));
     if (m + LineBreakFlagArg < argc)
-        params->noLineBreaks = readFlag(argumentAt(argv, m + LineBreakFlagArg));
+        params->noLineBreaks = readFlag(hxcsv::argumentOrEmpty(argc, argv, m + LineBreakFlagArg));
     return params.release();
 }
 

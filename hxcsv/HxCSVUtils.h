@@ -12,7 +12,8 @@ class QxCSVImport;
 // splitting (\ becomes \\, " becomes \"); the file name is written as is.
 class HXCSV_API HxCSVUtils {
 public:
-    // A new record from the dialog's current state; never null.
+    // A new record from the dialog's current state; never null. Defined with
+    // the dialogs (internal/ImportCourse.cpp), since it reads their widgets.
     static HxCSVParseParameters* getParseParameters(QxCSVImport* dialog);
 
     // A new record from the occurrence-th (0 = first) "CSVParams" block of a

@@ -72,7 +72,7 @@ double tokenValue(const char* token, size_t length)
     const double value = HxCSVNumbers::toDouble(token, length, ok);
     if (ok)
         return value;
-    HxApplication::instance()->message()->printf(
+    theMsg->printf(
         QCoreApplication::translate("QxCSVUniformScalarFieldImport",
                                     "Caution: Unable to convert '%1' to Double, set default value to zero.\n")
             .arg(QString::fromLatin1(token, static_cast<int>(length))));
@@ -100,7 +100,7 @@ void readTokens(const char* p, const char* end, char delimiter, ValueSink<T>& si
 void reportTooManyValues(bool& reported)
 {
     if (!reported)
-        HxApplication::instance()->message()->error(
+        theMsg->error(
             QStringLiteral("The file holds more than %1 values; the rest are ignored.").arg(INT_MAX));
     reported = true;
 }

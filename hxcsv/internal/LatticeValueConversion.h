@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 namespace hxcsv {
 
@@ -51,36 +52,20 @@ inline float roundToFloat(double v)
 
 // The conversion into each value type, for code written once for all six.
 template <class T>
-T convertTo(double v);
-template <>
-inline std::uint8_t convertTo<std::uint8_t>(double v)
+T convertTo(double v)
 {
-    return wrapToByte(v);
-}
-template <>
-inline std::int16_t convertTo<std::int16_t>(double v)
-{
-    return wrapToShort(v);
-}
-template <>
-inline std::uint16_t convertTo<std::uint16_t>(double v)
-{
-    return wrapToUShort(v);
-}
-template <>
-inline std::int32_t convertTo<std::int32_t>(double v)
-{
-    return truncateToInt32(v);
-}
-template <>
-inline float convertTo<float>(double v)
-{
-    return roundToFloat(v);
-}
-template <>
-inline double convertTo<double>(double v)
-{
-    return v;
+    if constexpr (std::is_same_v<T, std::uint8_t>)
+        return wrapToByte(v);
+    else if constexpr (std::is_same_v<T, std::int16_t>)
+        return wrapToShort(v);
+    else if constexpr (std::is_same_v<T, std::uint16_t>)
+        return wrapToUShort(v);
+    else if constexpr (std::is_same_v<T, std::int32_t>)
+        return truncateToInt32(v);
+    else if constexpr (std::is_same_v<T, float>)
+        return roundToFloat(v);
+    else
+        return v;
 }
 
 } // namespace hxcsv

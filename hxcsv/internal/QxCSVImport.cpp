@@ -89,7 +89,7 @@ bool QxCSVImport::loadFilePreview()
     const QString name = QFile::decodeName(getFileName().getString());
     QFile file(name);
     if (!file.open(QIODevice::ReadOnly)) {
-        HxApplication::instance()->message()->ioError(name, QString());
+        theMsg->ioError(name, QString());
         return false;
     }
     fillPreviewRows(file);
@@ -135,11 +135,7 @@ void QxCSVImport::addColumn(McString name, bool mandatory)
     tableWidgetColumnIndexes->setColumnCount(c + 1);
     tableWidgetColumnIndexes->setHorizontalHeaderItem(c, new QTableWidgetItem(name.toQString()));
 
-    auto* picker = new QComboBox;
-    picker->setMaximumWidth(pickerMaxWidth);
-    picker->addItem(tr("Missing"));
-    for (int k = 1; k <= pickerFileColumns; ++k)
-        picker->addItem(QString::number(k));
+    QComboBox* picker = createColumnPicker();
     // By default logical column c reads file column c; past the last file
     // column this leaves the picker without a choice.
     picker->setCurrentIndex(c + 1);
@@ -157,6 +153,16 @@ void QxCSVImport::addColumn(McString name, bool mandatory)
     tableWidgetColumnIndexes->setCellWidget(0, c, picker);
     tableWidgetColumnIndexes->resizeRowsToContents();
     tableWidgetColumnIndexes->setMinimumWidth(tableWidgetColumnIndexes->columnWidth(0) * columns.size() + 1);
+}
+
+QComboBox* QxCSVImport::createColumnPicker()
+{
+    auto* picker = new QComboBox;
+    picker->setMaximumWidth(pickerMaxWidth);
+    picker->addItem(tr("Missing"));
+    for (int k = 1; k <= pickerFileColumns; ++k)
+        picker->addItem(QString::number(k));
+    return picker;
 }
 
 int QxCSVImport::getColumnsCount() const

@@ -66,6 +66,12 @@ public:
     // 1 when the dialog may close accepted, -1 after warning the user.
     int checkConstraints();
 
+    // Steps of the reader course (ImportCourse.h) that an importer may
+    // leave out: set-up before the dialog runs or replays, and the
+    // "LoadCmd" of the created object once parseFile succeeded.
+    void prepareReaderImport() {}
+    void recordLoadCommand() {}
+
 public slots:
     void acceptClicked();
     void rejectClicked();
@@ -75,6 +81,8 @@ public slots:
 protected:
     // The column-index picker of a logical column, or null.
     QComboBox* columnPicker(int logical) const;
+    // A new picker: "Missing", then the file columns "1" to "99".
+    QComboBox* createColumnPicker();
 
     McDArray<CSVDataColumn> columns;
     McString* fileName = nullptr; // owned

@@ -1,12 +1,10 @@
 #pragma once
-#include <memory>
-
 #include "HxCSVParseParameters.h"
-#include "LoadCommand.h"
-#include "QxCSVImport.h"
+#include "HxLineSet.h"
+#include "ImportCourse.h"
+#include "QxCSVParsedImport.h"
 #include "api.h"
 
-class HxLineSet;
 class QComboBox;
 class QRadioButton;
 
@@ -15,7 +13,7 @@ class QRadioButton;
 // checked radio button decides where lines end: "Only one line", "1st value
 // is # of points per line" (each line starts with its vertex count) or
 // "Line delimeter" (lines starting with the delimiter text end a line).
-class HXCSV_API QxCSVLineSetImport : public QxCSVImport {
+class HXCSV_API QxCSVLineSetImport : public QxCSVParsedImport {
     Q_OBJECT
 
 public:
@@ -31,31 +29,24 @@ public:
     // delimiter unquoted and "none" outside the delimiter mode.
     McString getLineSetParams();
 
-    // Takes ownership of the record; the older one is deleted.
-    void setParseParameters(HxCSVParseParameters* params);
-    HxCSVParseParameters* parseParameters() const { return params.get(); }
     // Replay: the parse parameters and the line mode from a load command.
     void takeReplayArguments(int argc, const char** argv);
 
-    // Attaches the replay command to the created line set, if any.
-    void setupLoadCommand();
     // Parses the file, forms the lines and registers the line set. 1 on
     // success; 0 after an error on the console, with nothing registered.
     int parseFile();
-    HxLineSet* createdLineSet() const { return createdData; }
+    HxLineSet* createdLineSet() const { return static_cast<HxLineSet*>(createdData); }
 
 public slots:
     void radioButtonLineDelimitorChecked(bool checked);
     void addValuesClicked();
 
 private:
-    HxCSVParseParameters* currentParseParameters();
+    McString loadCommand() override;
     int applyColumnChoices(const HxCSVParseParameters& p);
     void checkLineMode(QRadioButton* button, bool on);
 
     int valueColumnCounter = 1;
-    std::unique_ptr<HxCSVParseParameters> params;
-    HxLineSet* createdData = nullptr;       // belongs to the host once registered
 };
 
 extern "C" HXCSV_API int hxReadCSVLineSet(int argc, const char** argv);

@@ -1,20 +1,18 @@
 #pragma once
-#include <memory>
-
 #include "HxCSV.h"
 #include "HxCSVParseParameters.h"
-#include "LoadCommand.h"
-#include "QxCSVImport.h"
+#include "HxCluster.h"
+#include "ImportCourse.h"
+#include "QxCSVParsedImport.h"
 #include "api.h"
 
-class HxCluster;
 class QComboBox;
 
 // Import dialog and builder of point clouds: mandatory X, Y and Z columns
 // and up to ten value columns, each read as numbers ("Real") or as text
 // ("String"). Table column 0-2 are X, Y, Z; 3 and up the value columns, with
 // their type pickers in row 1.
-class HXCSV_API QxCSVPointClusterImport : public QxCSVImport {
+class HXCSV_API QxCSVPointClusterImport : public QxCSVParsedImport {
     Q_OBJECT
 
 public:
@@ -35,18 +33,13 @@ public:
     // The argument at index 8 of a replay command, or "" when there is none.
     McString getPointClusterParamsFromLoadCommand(int argc, const char** argv);
 
-    // Takes ownership of the record; the older one is deleted.
-    void setParseParameters(HxCSVParseParameters* params);
-    HxCSVParseParameters* parseParameters() const { return params.get(); }
     // Replay: the parse parameters and value types from a load command.
     void takeReplayArguments(int argc, const char** argv);
 
-    // Attaches the replay command to the created cluster.
-    void setupLoadCommand();
     // Parses the file and registers the cluster. 1 on success, 0 after a
     // parse error (reported on the console; nothing is registered).
     int parseFile();
-    HxCluster* createdCluster() const { return createdData; }
+    HxCluster* createdCluster() const { return static_cast<HxCluster*>(createdData); }
 
 public slots:
     void addValuesClicked();
@@ -57,7 +50,7 @@ private:
         int fileColumn;
     };
 
-    HxCSVParseParameters* currentParseParameters();
+    McString loadCommand() override;
     void applyReplayChoices(const HxCSVParseParameters& p);
     // The rows of the columns the parser writes straight into the cluster.
     struct ClusterRows {
@@ -78,8 +71,6 @@ private:
     McString valueTypeList;
     int valueColumnCounter = 1;
     HxCSV::TextNumberMisses numberMisses[maxValueColumns];
-    std::unique_ptr<HxCSVParseParameters> params;
-    HxCluster* createdData = nullptr;       // belongs to the host once registered
 };
 
 extern "C" HXCSV_API int hxReadCSVPointCluster(int argc, const char** argv);

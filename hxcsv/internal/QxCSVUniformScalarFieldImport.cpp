@@ -129,15 +129,7 @@ int QxCSVUniformScalarFieldImport::getArraySize() const
 
 int QxCSVUniformScalarFieldImport::arraySize(int typeIndex) const
 {
-    switch (typeIndex) {
-    case 0: return byteValues.size();
-    case 1: return shortValues.size();
-    case 2: return ushortValues.size();
-    case 3: return int32Values.size();
-    case 4: return floatValues.size();
-    case 5: return doubleValues.size();
-    default: return 0;
-    }
+    return withValues(values, typeIndex, [](const auto& array) { return array.size(); });
 }
 
 const void* QxCSVUniformScalarFieldImport::getArrayData() const
@@ -147,15 +139,7 @@ const void* QxCSVUniformScalarFieldImport::getArrayData() const
 
 const void* QxCSVUniformScalarFieldImport::arrayData(int typeIndex) const
 {
-    switch (typeIndex) {
-    case 0: return byteValues.dataPtr();
-    case 1: return shortValues.dataPtr();
-    case 2: return ushortValues.dataPtr();
-    case 3: return int32Values.dataPtr();
-    case 4: return floatValues.dataPtr();
-    case 5: return doubleValues.dataPtr();
-    default: return nullptr;
-    }
+    return withValues(values, typeIndex, [](const auto& array) -> const void* { return array.dataPtr(); });
 }
 
 void QxCSVUniformScalarFieldImport::getMinMax(float* box) const

@@ -1,6 +1,9 @@
 #pragma once
 #include <QString>
+#include <cstdint>
 #include <cstdio>
+#include <tuple>
+#include <type_traits>
 
 #include "McDArray.h"
 #include "McPrimType.h"
@@ -84,6 +87,11 @@ public:
     // has fewer than 22 tokens.
     int loadSettingsFromLoadCommand(McString settings);
 
+    // The reader course (ImportCourse.h): the reader parses once, and a
+    // replay takes every setting from the settings text and warns nothing.
+    void prepareReaderImport();
+    void takeReplayArguments(int argc, const char** argv);
+
 public slots:
     void sizeChanged();
     void modeChanged();
@@ -110,14 +118,26 @@ private:
     void copyZFastest(char* dest, const char* values, const long long dims[3], long long nodesToCopy,
                       int bytesPerNode);
 
-    // One growable array per value type, indexed like dataTypeOpt; values
-    // are appended to the array of the type selected at parse time.
-    McDArray<unsigned char> byteValues;
-    McDArray<short> shortValues;
-    McDArray<unsigned short> ushortValues;
-    McDArray<int> int32Values;
-    McDArray<float> floatValues;
-    McDArray<double> doubleValues;
+    // One growable array per value type, in the order of dataTypeOpt's
+    // entries (byte, short, ushort, int32, float, double); values are
+    // appended to the array of the type selected at parse time.
+    std::tuple<McDArray<std::uint8_t>, McDArray<std::int16_t>, McDArray<std::uint16_t>, McDArray<std::int32_t>,
+               McDArray<float>, McDArray<double>>
+        values;
+
+    // Calls f with the value array of a dataTypeOpt index (of values, this
+    // dialog's or a const view of them) and returns what it returns; an
+    // index outside the list gives a value-initialised result.
+    template <size_t I = 0, class Values, class F>
+    static auto withValues(Values& values, int typeIndex, F&& f) -> decltype(f(std::get<0>(values)))
+    {
+        if (typeIndex == static_cast<int>(I))
+            return f(std::get<I>(values));
+        if constexpr (I + 1 < std::tuple_size_v<std::remove_const_t<Values>>)
+            return withValues<I + 1>(values, typeIndex, f);
+        else
+            return {};
+    }
 
     QString commentText;
     QString delimiterText;

@@ -1,5 +1,7 @@
-// Reading the file into a lattice: the tokenizer, the value conversions,
-// the copy in either index order and the size check.
+// Building a uniform field: a lattice of the dialog's settings, filled from
+// the file (in place, or through the value arrays and a copy in either index
+// order), checked against the requested size, then wrapped in the field
+// class of its variable count and registered with its LoadCmd.
 #include <QString>
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +15,7 @@
 #include "LargeArrays.h"
 #include "LatticeFileReader.h"
 #include "LineInput.h"
-#include "LoadCommand.h"
+#include "ImportCourse.h"
 #include "QxCSVUniformScalarFieldImport.h"
 
 namespace {
@@ -62,9 +64,8 @@ bool latticeBytes(const int dims[3], int nDataVar, McPrimType type, long long& b
 // hand-edited replay), or more bytes than can be held.
 HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int typeIndex, const McString& file)
 {
-    HxMessage* msg = HxApplication::instance()->message();
     if (nDataVar < 1 || nDataVar > 6 || typeIndex < 0 || typeIndex > 5) {
-        msg->error(QStringLiteral("Cannot import \"%1\": the settings select no data type (0 to 5) or no "
+        theMsg->error(QStringLiteral("Cannot import \"%1\": the settings select no data type (0 to 5) or no "
                                   "number of data variables (1 to 6).")
                        .arg(file.toQString()));
         return nullptr;
@@ -75,7 +76,7 @@ HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int 
             return new HxLattice3(McDim3l(dims[0], dims[1], dims[2]), nDataVar, type, C_UNIFORM, nullptr);
     } catch (const std::bad_alloc&) {
     }
-    msg->error(QStringLiteral("Cannot import \"%1\": no memory for a %2 x %3 x %4 lattice of %5 %6 values a node.")
+    theMsg->error(QStringLiteral("Cannot import \"%1\": no memory for a %2 x %3 x %4 lattice of %5 %6 values a node.")
                    .arg(file.toQString())
                    .arg(dims[0])
                    .arg(dims[1])
@@ -119,9 +120,9 @@ int QxCSVUniformScalarFieldImport::parseFile()
     lattice->coords()->setBoundingBox(McBox3f(box));
     getParseResult(lattice.get());
 
-    HxRegField3* field = createField(nDataVar, lattice.release());
-    HxData::registerData(field, file.toQString());
-    hxcsv::attachLoadCommand(field, getLoadCommandFromDialog());
+    std::unique_ptr<HxRegField3> field(createField(nDataVar, lattice.release()));
+    hxcsv::attachLoadCommand(field.get(), getLoadCommandFromDialog());
+    HxData::registerData(field.release(), file.toQString());
     return 1;
 }
 
@@ -135,8 +136,7 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
     const McString name = getFileName();
     FILE* file = std::fopen(name.getString(), "r");
     if (!file) {
-        HxApplication::instance()->message()->ioError(name.toQString(),
-                                                      QString::fromLocal8Bit(std::strerror(errno)));
+        theMsg->ioError(name.toQString(), QString::fromLocal8Bit(std::strerror(errno)));
         return;
     }
     const int typeIndex = dataTypeOpt->currentIndex();
@@ -164,15 +164,7 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
 int QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex, void* block, long long room)
 {
     const hxcsv::LatticeFileSettings settings{firstLatin1(delimiterText), firstLatin1(commentText), firstLineNum};
-    switch (typeIndex) {
-    case 0: return readInto(file, settings, byteValues, block, room);
-    case 1: return readInto(file, settings, shortValues, block, room);
-    case 2: return readInto(file, settings, ushortValues, block, room);
-    case 3: return readInto(file, settings, int32Values, block, room);
-    case 4: return readInto(file, settings, floatValues, block, room);
-    case 5: return readInto(file, settings, doubleValues, block, room);
-    default: return 0;
-    }
+    return withValues(values, typeIndex, [&](auto& array) { return readInto(file, settings, array, block, room); });
 }
 
 // The lattice holds the first of the count values read: what
@@ -202,15 +194,10 @@ void QxCSVUniformScalarFieldImport::reserveValues(int typeIndex, long long wante
     if (count < 1)
         return;
     const int n = static_cast<int>(std::min(count, static_cast<long long>(INT_MAX - arraySize(typeIndex))));
-    switch (typeIndex) {
-    case 0: hxcsv::reserveFinalSize(byteValues, byteValues.size() + n); break;
-    case 1: hxcsv::reserveFinalSize(shortValues, shortValues.size() + n); break;
-    case 2: hxcsv::reserveFinalSize(ushortValues, ushortValues.size() + n); break;
-    case 3: hxcsv::reserveFinalSize(int32Values, int32Values.size() + n); break;
-    case 4: hxcsv::reserveFinalSize(floatValues, floatValues.size() + n); break;
-    case 5: hxcsv::reserveFinalSize(doubleValues, doubleValues.size() + n); break;
-    default: break;
-    }
+    withValues(values, typeIndex, [n](auto& array) {
+        hxcsv::reserveFinalSize(array, array.size() + n);
+        return 0;
+    });
 }
 
 void QxCSVUniformScalarFieldImport::putDataIntoLattice(HxLattice3* lattice, void* values)
@@ -285,7 +272,7 @@ void QxCSVUniformScalarFieldImport::checkSizes(int& warned, long long& nodesToCo
     }
     if (text.isEmpty() || warned || quiet)
         return;
-    HxApplication::instance()->message()->warning(text.toQString(), QString(), QString(), QString(), -1, -1,
+    theMsg->warning(text.toQString(), QString(), QString(), QString(), -1, -1,
                                                   false, -1);
     warned = 1;
 }

@@ -1,4 +1,4 @@
-// The uniform field reader entry and the settings text of its replay command:
+// The settings text of the uniform field's replay command:
 //   load -uniform_scalar_field_csv "FILE" "CSVUniformScalarField T1 ... T21" -dataOnly
 // The 21 tokens after the keyword are blank-separated and unquoted: comment
 // text, first line, delimiter, type index, variable-count index, x y z node
@@ -10,13 +10,7 @@
 // or " ") splits into more tokens and every later setting shifts by one on
 // the way back; an empty text stays one empty token. Such commands are not
 // refused: they replay with the shifted settings.
-#include <QDialog>
-#include <climits>
-#include <cstdlib>
-#include <memory>
-
-#include "HxMessage.h"
-#include "LoadCommand.h"
+#include "HxCSVArguments.h"
 #include "QxCSVUniformScalarFieldImport.h"
 #include "QxLineEdit.h"
 
@@ -50,17 +44,6 @@ QString decodeDelimiter(const McString& token)
     if (token == "Tab")
         return QStringLiteral("\t");
     return token.toQString();
-}
-
-// The leading decimal integer of a token as sscanf's "%d" reads it (0 when
-// there is none), bounded to int instead of overflowing.
-int leadingInt(const McString& token)
-{
-    char* end = nullptr;
-    const long value = std::strtol(token.getString(), &end, 10);
-    if (end == token.getString())
-        return 0;
-    return static_cast<int>(value < INT_MIN ? INT_MIN : (value > INT_MAX ? INT_MAX : value));
 }
 
 void appendFlags(McString& settings, const QAbstractButton* first, const QAbstractButton* second)
@@ -130,18 +113,18 @@ int QxCSVUniformScalarFieldImport::loadSettingsFromLoadCommand(McString settings
     lineEditColumnDelimiter->setText(decodeDelimiter(t[3]));
     // Out-of-range numbers are left to the widgets: spin boxes clamp, combo
     // boxes end up without a current entry.
-    dataTypeOpt->setCurrentIndex(leadingInt(t[4]));
-    nDataVarOpt->setCurrentIndex(leadingInt(t[5]));
-    dimsTxt0->setValue(leadingInt(t[6]));
-    dimsTxt1->setValue(leadingInt(t[7]));
-    dimsTxt2->setValue(leadingInt(t[8]));
-    headerTxt->setValue(leadingInt(t[9]));
+    dataTypeOpt->setCurrentIndex(hxcsv::readInt(t[4].getString()));
+    nDataVarOpt->setCurrentIndex(hxcsv::readInt(t[5].getString()));
+    dimsTxt0->setValue(hxcsv::readInt(t[6].getString()));
+    dimsTxt1->setValue(hxcsv::readInt(t[7].getString()));
+    dimsTxt2->setValue(hxcsv::readInt(t[8].getString()));
+    headerTxt->setValue(hxcsv::readInt(t[9].getString()));
     const std::pair<QAbstractButton*, int> buttons[] = {
         {bigEndianBtn, 10}, {littleEndianBtn, 11}, {xFastestBtn, 12},
         {zFastestBtn, 13},  {bBoxBtn, 14},         {voxelSizeBtn, 15},
     };
     for (const auto& [button, token] : buttons)
-        button->setChecked(leadingInt(t[token]) == 1);
+        button->setChecked(hxcsv::readFlag(t[token].getString()));
     const int boxTokens[6] = {16, 19, 17, 20, 18, 21};
     for (int i = 0; i < 6; ++i)
         boxField(i)->setText(t[boxTokens[i]].toQString());
@@ -150,31 +133,20 @@ int QxCSVUniformScalarFieldImport::loadSettingsFromLoadCommand(McString settings
     return 1;
 }
 
-int hxReadCSVUniformScalarField(int argc, const char** argv)
+void QxCSVUniformScalarFieldImport::prepareReaderImport()
 {
-    if (argc < 1 || !argv) {
-        HxApplication::instance()->message()->error(
-            QStringLiteral("hxReadCSVUniformScalarField: no file name given"));
-        return 0;
-    }
-    const McString fileName(argv[0] ? argv[0] : "");
-    const bool replay = hxcsv::isReplay(argc, argv);
+    setSingleParse(true);
+}
 
-    std::unique_ptr<QxCSVUniformScalarFieldImport> dialog(new QxCSVUniformScalarFieldImport(nullptr));
-    dialog->setFileName(fileName.getString());
-    dialog->setSingleParse(true);
-    if (!replay)
-        return dialog->exec() == QDialog::Accepted ? dialog->parseFile() : 0;
-
-    // Every argument after the file, "-dataOnly" included, each followed by
-    // one blank: argv[1] is the settings text, the rest lies past its 22
-    // tokens.
+// Every argument after the file, "-dataOnly" included, each followed by one
+// blank: argv[1] is the settings text, the rest lies past its 22 tokens.
+void QxCSVUniformScalarFieldImport::takeReplayArguments(int argc, const char** argv)
+{
     McString settings;
     for (int i = 1; i < argc; ++i) {
-        settings += argv[i];
+        settings += hxcsv::argumentOrEmpty(argc, argv, i);
         settings += ' ';
     }
-    dialog->loadSettingsFromLoadCommand(settings);
-    dialog->setQuiet(true);
-    return dialog->parseFile();
+    loadSettingsFromLoadCommand(settings);
+    setQuiet(true);
 }

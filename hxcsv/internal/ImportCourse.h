@@ -1,11 +1,17 @@
 #pragma once
-// Pieces the CSV importers share: the replay test, safe access to the host's
-// arguments, the "LoadCmd" parameter, console reports, the X, Y, Z and
-// value columns of the dialogs, the parser set-up and the common course of
-// the point cloud and line set reader entries.
+// The course every reader entry follows, and the steps the importers share:
+//
+//   replay test -> dialog (shown, or set from the replay's arguments)
+//   -> parseFile (parse, build into an owner, register last)
+//   -> recordLoadCommand ("LoadCmd" on the registered object)
+//
+// The point cloud and line set parse with HxCSV and write their LoadCmd
+// from a record taken afresh from the dialog; the uniform field reads its
+// file with its own tokenizer and attaches its LoadCmd inside parseFile.
 #include <QDialog>
 
-#include "HxCSVUtils.h"
+#include "HxCSVArguments.h"
+#include "HxMessage.h"
 #include "McString.h"
 
 class HxCSV;
@@ -24,18 +30,39 @@ constexpr int coordinateCount = 3;
 // and shows no dialog. A longer argument that merely begins with it is not.
 bool isReplay(int argc, const char** argv);
 
-// Argument i, or "" when it is null or past the end. Readers take options at
-// fixed positions; a shorter command gives empty options instead of reading
-// outside the vector.
-const char* argumentOrEmpty(int argc, const char** argv, int i);
+// The one reader course. Dialog provides setFileName, exec, parseFile and
+// takeReplayArguments (the importer's choices from a replay's arguments);
+// QxCSVImport gives empty defaults for prepareReaderImport and
+// recordLoadCommand. The dialog is never deleted: it keeps the
+// parameter record and points to the created object, which outlive the
+// call; as a top-level widget it stays reachable until the host quits.
+template <class Dialog>
+int readCSV(const char* entry, int argc, const char** argv)
+{
+    if (argc < 1 || !argv) {
+        theMsg->error(QStringLiteral("%1: no file name given").arg(QLatin1String(entry)));
+        return 0;
+    }
+    auto* dialog = new Dialog(nullptr, Qt::WindowFlags());
+    dialog->setFileName(argumentOrEmpty(argc, argv, 0));
+    dialog->prepareReaderImport();
+    if (isReplay(argc, argv))
+        dialog->takeReplayArguments(argc, argv);
+    else if (dialog->exec() != QDialog::Accepted)
+        return 0;
+    const int result = dialog->parseFile();
+    if (result == 1)
+        dialog->recordLoadCommand();
+    return result;
+}
 
 // Attaches command to data as its "LoadCmd" parameter, replacing an older
 // one. Nothing happens without data.
 void attachLoadCommand(HxData* data, const McString& command);
 
-// Runs the parse and keeps its result. False after a parse error, which
-// goes to the console as "<file>: <parser message>".
-bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount, int& result);
+// Runs the parse. False after a parse error, which goes to the console as
+// "<file>: <parser message>".
+bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount);
 
 // Puts an import failure on the console as "<file>: <text>".
 void reportImportError(const McString& fileName, const QString& text);
@@ -61,28 +88,5 @@ void addCoordinateColumns(QxCSVImport& dialog);
 // Appends the next unread "Value%d" column (counter numbers it) while fewer
 // than ten exist. Returns its logical column, or -1 when ten are there.
 int addValueColumn(QxCSVImport& dialog, int& counter);
-
-// The common course of the point cloud and line set reader entries. Dialog
-// provides setFileName, exec, parseFile, setParseParameters (taking
-// ownership), setupLoadCommand and takeReplayArguments, which reads the
-// importer's choices from a replay's arguments. The dialog is left alive on
-// every path: it keeps the parameter record and the created object.
-template <class Dialog>
-int readCSV(int argc, const char** argv)
-{
-    auto* dialog = new Dialog(nullptr, Qt::WindowFlags());
-    dialog->setFileName(argumentOrEmpty(argc, argv, 0));
-    if (isReplay(argc, argv)) {
-        dialog->takeReplayArguments(argc, argv);
-    } else if (dialog->exec() != QDialog::Accepted) {
-        return 0;
-    }
-    const int result = dialog->parseFile();
-    if (result == 1) {
-        dialog->setParseParameters(HxCSVUtils::getParseParameters(dialog));
-        dialog->setupLoadCommand();
-    }
-    return result;
-}
 
 } // namespace hxcsv

@@ -1,4 +1,6 @@
-#include "LoadCommand.h"
+// The steps the importers share, and the parameter record read from a
+// dialog.
+#include "ImportCourse.h"
 
 #include <cstring>
 
@@ -6,6 +8,7 @@
 #include "HxCSVParseParameters.h"
 #include "HxData.h"
 #include "HxMessage.h"
+#include "HxCSVUtils.h"
 #include "HxParameter.h"
 #include "QxCSVImport.h"
 
@@ -21,13 +24,6 @@ bool isReplay(int argc, const char** argv)
     return argc > 0 && std::strcmp(argumentOrEmpty(argc, argv, argc - 1), replayOption) == 0;
 }
 
-const char* argumentOrEmpty(int argc, const char** argv, int i)
-{
-    if (!argv || i < 0 || i >= argc || !argv[i])
-        return "";
-    return argv[i];
-}
-
 void attachLoadCommand(HxData* data, const McString& command)
 {
     if (!data)
@@ -38,10 +34,10 @@ void attachLoadCommand(HxData* data, const McString& command)
     data->parameters().insert(parameter, 1);
 }
 
-bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount, int& result)
+bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount)
 {
     try {
-        result = csv.parse(ignoreColumnCount, false);
+        csv.parse(ignoreColumnCount, false);
         return true;
     } catch (const CSVException& e) {
         reportImportError(fileName, e.message.toQString());
@@ -115,3 +111,23 @@ int addValueColumn(QxCSVImport& dialog, int& counter)
 }
 
 } // namespace hxcsv
+
+// Reads the dialog's widgets, so it lives with the dialogs.
+HxCSVParseParameters* HxCSVUtils::getParseParameters(QxCSVImport* dialog)
+{
+    auto* params = new HxCSVParseParameters;
+    if (!dialog)
+        return params;
+    const int count = dialog->getColumnsCount();
+    params->columnIndices->resize(count);
+    for (int i = 0; i < count; ++i)
+        (*params->columnIndices)[i] = dialog->getPhysicalColumnIndex(i);
+    params->fileName.printf("%s", dialog->getFileName().getString());
+    *params->columnDelimiter = dialog->getColumnDelimiter();
+    *params->commentMarker = dialog->getCommentMarker();
+    params->dataStartLineNum = dialog->getDataStartLineNum();
+    // Read even while a subclass keeps the boxes hidden: hidden means unchecked.
+    params->firstRowContainsColumnNames = dialog->firstLineColumnLabels->isChecked();
+    params->noLineBreaks = dialog->noLineBreaks->isChecked();
+    return params;
+}
