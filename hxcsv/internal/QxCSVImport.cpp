@@ -60,6 +60,11 @@ QxCSVImport::QxCSVImport(QWidget* parent, Qt::WindowFlags flags)
 
     tableWidgetColumnIndexes->setRowCount(1);
     tableWidgetColumnIndexes->verticalHeader()->hide();
+    // Tab goes from picker to picker (addToTabOrder) and on to the settings;
+    // the tables themselves would keep it cycling through their cells.
+    tableWidgetColumnIndexes->setTabKeyNavigation(false);
+    tableWidgetColumnIndexes->setFocusPolicy(Qt::NoFocus);
+    tableWidgetDataPvw->setTabKeyNavigation(false);
 
     // The field must match the list's first entry ("Space") from the start.
     columnDelimiterChanged(comboBoxColumnDelimiter->currentIndex());
@@ -151,6 +156,7 @@ void QxCSVImport::addColumn(McString name, bool mandatory)
     connect(picker, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &QxCSVImport::physicalColumnIndexChanged);
     tableWidgetColumnIndexes->setCellWidget(0, c, picker);
+    addToTabOrder(picker);
     tableWidgetColumnIndexes->resizeRowsToContents();
     tableWidgetColumnIndexes->setMinimumWidth(tableWidgetColumnIndexes->columnWidth(0) * columns.size() + 1);
 }
@@ -163,6 +169,12 @@ QComboBox* QxCSVImport::createColumnPicker()
     for (int k = 1; k <= pickerFileColumns; ++k)
         picker->addItem(QString::number(k));
     return picker;
+}
+
+void QxCSVImport::addToTabOrder(QWidget* cellWidget)
+{
+    setTabOrder(lastTableTabStop ? lastTableTabStop : tableWidgetColumnIndexes, cellWidget);
+    lastTableTabStop = cellWidget;
 }
 
 int QxCSVImport::getColumnsCount() const

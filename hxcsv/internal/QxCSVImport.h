@@ -83,10 +83,14 @@ protected:
     QComboBox* columnPicker(int logical) const;
     // A new picker: "Missing", then the file columns "1" to "99".
     QComboBox* createColumnPicker();
+    // Puts a widget of the column table next in the keyboard focus order,
+    // after the table's earlier widgets and before the settings row.
+    void addToTabOrder(QWidget* cellWidget);
 
     McDArray<CSVDataColumn> columns;
     McString* fileName = nullptr; // owned
     int maxPreviewLines = 200;
+    QWidget* lastTableTabStop = nullptr;
 
 private:
     void fillPreviewRows(QFile& file);

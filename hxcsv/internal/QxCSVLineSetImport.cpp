@@ -7,6 +7,7 @@
 
 #include "HxCSVUtils.h"
 #include "HxLineSet.h"
+#include "HxMessage.h"
 #include "ImportCourse.h"
 
 namespace {
@@ -118,5 +119,28 @@ int QxCSVLineSetImport::applyColumnChoices(const HxCSVParseParameters& p)
     int perVertex = 0;
     for (int c = firstValueColumn; c < getColumnsCount(); ++c)
         perVertex += getPhysicalColumnIndex(c) >= 0 ? 1 : 0;
+    warnColumnsNotUsed(p.fileName);
     return perVertex;
+}
+
+// The numbers are taken in the file's order whatever the pickers say; a
+// user who chose other file columns is told once, at the first of them.
+void QxCSVLineSetImport::warnColumnsNotUsed(const McString& fileName)
+{
+    int position = 0;
+    for (int c = 0; c < getColumnsCount(); ++c) {
+        const int chosen = getPhysicalColumnIndex(c);
+        if (chosen < 0)
+            continue;
+        if (chosen != position) {
+            theMsg->warning(tr("%1: a line set takes the numbers of a row in the file's order (x, y, z, then one "
+                               "per value column), so the chosen file columns are not used: \"%2\" is set to "
+                               "file column %3 but takes number %4 of the row")
+                                .arg(fileName.toQString(), columns[c].name.toQString())
+                                .arg(chosen + 1)
+                                .arg(position + 1));
+            return;
+        }
+        ++position;
+    }
 }

@@ -44,6 +44,7 @@ public slots:
 private:
     McString loadCommand() override;
     int applyColumnChoices(const HxCSVParseParameters& p);
+    void warnColumnsNotUsed(const McString& fileName);
     void checkLineMode(QRadioButton* button, bool on);
 
     int valueColumnCounter = 1;

@@ -79,6 +79,7 @@ void QxCSVPointClusterImport::addValuesClicked()
     connect(type, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [this, c](int index) { columns[c].dataType = index; });
     tableWidgetColumnIndexes->setCellWidget(1, c, type);
+    addToTabOrder(type);
     tableWidgetColumnIndexes->resizeRowsToContents();
     tableWidgetColumnIndexes->setMinimumWidth(tableWidgetColumnIndexes->columnWidth(0) * columns.size() + 1);
 }

@@ -137,6 +137,9 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
     FILE* file = std::fopen(name.getString(), "r");
     if (!file) {
         theMsg->ioError(name.toQString(), QString::fromLocal8Bit(std::strerror(errno)));
+        // The field is still created, so say plainly what it holds.
+        theMsg->printf(QStringLiteral("%1: the field holds no data from the file; every value is 0.")
+                           .arg(name.toQString()));
         return;
     }
     const int typeIndex = dataTypeOpt->currentIndex();
