@@ -23,6 +23,9 @@ class Pieces {
 public:
     explicit Pieces(FILE* file) : input(file) {}
 
+    // Bytes of the file taken so far.
+    long long consumed() const { return taken; }
+
     // The next piece as [begin, end); false at the end of the file.
     bool next(const char*& begin, const char*& end)
     {
@@ -47,6 +50,7 @@ private:
             begin = from;
             end = lineEnd ? lineEnd + 1 : from + most;
             input.skipTo(end);
+            taken += end - begin;
             return true;
         }
         if (!spare)
@@ -55,11 +59,13 @@ private:
             return false;
         begin = spare.get();
         end = begin + std::strlen(begin);
+        taken += end - begin;
         return true;
     }
 
     HxCSVInput input;
     std::unique_ptr<char[]> spare;
+    long long taken = 0;
 };
 
 // A token as QString::toDouble reads it; 0, after a note on the console,
@@ -106,13 +112,15 @@ void reportTooManyValues(bool& reported)
 }
 
 template <class T>
-void readLatticeFile(FILE* file, const LatticeFileSettings& settings, ValueSink<T>& sink)
+bool readLatticeFile(FILE* file, const LatticeFileSettings& settings, ValueSink<T>& sink, ImportProgress* progress)
 {
     Pieces pieces(file);
     int skip = settings.firstLine;
     const char* begin = nullptr;
     const char* end = nullptr;
     while (pieces.next(begin, end)) {
+        if (progress && !progress->step(pieces.consumed()))
+            return false;
         if (skip > 1) {
             --skip;
             continue;
@@ -121,13 +129,14 @@ void readLatticeFile(FILE* file, const LatticeFileSettings& settings, ValueSink<
             continue;
         readTokens(begin, end, settings.delimiter, sink);
     }
+    return true;
 }
 
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::uint8_t>&);
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::int16_t>&);
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::uint16_t>&);
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::int32_t>&);
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<float>&);
-template void readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<double>&);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::uint8_t>&, ImportProgress*);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::int16_t>&, ImportProgress*);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::uint16_t>&, ImportProgress*);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<std::int32_t>&, ImportProgress*);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<float>&, ImportProgress*);
+template bool readLatticeFile(FILE*, const LatticeFileSettings&, ValueSink<double>&, ImportProgress*);
 
 } // namespace hxcsv

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "ImportProgress.h"
 #include "McDArray.h"
 
 namespace hxcsv {
@@ -89,8 +90,10 @@ private:
 // strtok splits (runs of delimiters, and delimiters at either end, give no
 // value); each token is read as QString::toDouble reads it, a token it cannot
 // read giving 0 after a note on the console, and converted to T.
-// Instantiated for the six value types.
+// Reports the bytes read to progress, when given; false when the user asked
+// to stop there. Instantiated for the six value types.
 template <class T>
-void readLatticeFile(FILE* file, const LatticeFileSettings& settings, ValueSink<T>& sink);
+bool readLatticeFile(FILE* file, const LatticeFileSettings& settings, ValueSink<T>& sink,
+                     ImportProgress* progress = nullptr);
 
 } // namespace hxcsv

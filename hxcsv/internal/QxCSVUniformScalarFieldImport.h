@@ -8,6 +8,7 @@
 #include "McDArray.h"
 #include "McPrimType.h"
 #include "McString.h"
+#include "ImportProgress.h"
 #include "QxCSVImport.h"
 #include "api.h"
 
@@ -144,6 +145,10 @@ private:
     int firstLineNum = 0;
     bool quiet = false;
     bool singleParse = false;
+    // While parseFile reads: where the reading reports, and whether the user
+    // stopped it.
+    hxcsv::ImportProgress* progress = nullptr;
+    bool stopped = false;
     long long fileSize = 0;
     // Which meaning the second row of box fields has now, so that clicking
     // the mode that is already selected converts nothing.

@@ -86,19 +86,16 @@ HxLattice3* createLattice(const int dims[3], int nDataVar, McPrimType type, int 
     return nullptr;
 }
 
-// Reads the file into the array, or into the block when there is one.
+// Reads the file into the array, or into the block when there is one;
+// stopped tells whether the user stopped it first.
 template <class T>
 int readInto(FILE* file, const hxcsv::LatticeFileSettings& settings, McDArray<T>& values, void* block,
-             long long room)
+             long long room, hxcsv::ImportProgress* progress, bool& stopped)
 {
-    if (block) {
-        hxcsv::ValueSink<T> sink(static_cast<T*>(block), room);
-        hxcsv::readLatticeFile(file, settings, sink);
-        return sink.size();
-    }
-    hxcsv::ValueSink<T> sink(values);
-    hxcsv::readLatticeFile(file, settings, sink);
-    return sink.size();
+    std::unique_ptr<hxcsv::ValueSink<T>> sink(block ? new hxcsv::ValueSink<T>(static_cast<T*>(block), room)
+                                                    : new hxcsv::ValueSink<T>(values));
+    stopped = !hxcsv::readLatticeFile(file, settings, *sink, progress);
+    return sink->size();
 }
 
 } // namespace
@@ -118,7 +115,16 @@ int QxCSVUniformScalarFieldImport::parseFile()
     if (!lattice)
         return 0;
     lattice->coords()->setBoundingBox(McBox3f(box));
+    hxcsv::ImportProgress reading(file, fileSize);
+    progress = &reading;
+    stopped = false;
     getParseResult(lattice.get());
+    progress = nullptr;
+    if (stopped) {
+        reading.reportStopped();
+        return 0;
+    }
+    reading.finish();
 
     std::unique_ptr<HxRegField3> field(createField(nDataVar, lattice.release()));
     hxcsv::attachLoadCommand(field.get(), getLoadCommandFromDialog());
@@ -151,7 +157,7 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
         hxcsv::adviseHugePages(block, static_cast<size_t>(latticeValues) * lattice->primType().size());
         const int count = readValues(file, typeIndex, block, latticeValues);
         std::fclose(file);
-        if (count > 0)
+        if (count > 0 && !stopped)
             finishLatticeFilledInPlace(lattice, count);
         return;
     }
@@ -159,7 +165,7 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
     readValues(file, typeIndex, nullptr, 0);
     std::fclose(file);
 
-    if (getArraySize() < 1)
+    if (getArraySize() < 1 || stopped)
         return;
     putDataIntoLattice(lattice, const_cast<void*>(arrayData(typeIndex)));
 }
@@ -167,7 +173,8 @@ void QxCSVUniformScalarFieldImport::getParseResult(HxLattice3* lattice)
 int QxCSVUniformScalarFieldImport::readValues(FILE* file, int typeIndex, void* block, long long room)
 {
     const hxcsv::LatticeFileSettings settings{firstLatin1(delimiterText), firstLatin1(commentText), firstLineNum};
-    return withValues(values, typeIndex, [&](auto& array) { return readInto(file, settings, array, block, room); });
+    return withValues(values, typeIndex,
+                      [&](auto& array) { return readInto(file, settings, array, block, room, progress, stopped); });
 }
 
 // The lattice holds the first of the count values read: what
