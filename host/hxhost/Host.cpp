@@ -10,11 +10,6 @@
 
 namespace hxhost {
 
-static ExitStatus worse(ExitStatus a, ExitStatus b)
-{
-    return a > b ? a : b;
-}
-
 static void report(const std::string& text)
 {
     theMsg->error(QString::fromLocal8Bit(text.c_str()));

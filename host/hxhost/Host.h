@@ -8,6 +8,12 @@ namespace hxhost {
 
 enum ExitStatus { ExitOk = 0, ExitFailed = 1, ExitUsage = 2 };
 
+// Statuses are ordered by how bad they are; a run reports its worst.
+inline ExitStatus worse(ExitStatus a, ExitStatus b)
+{
+    return a > b ? a : b;
+}
+
 // Runs host commands against the loaded packages. The only command is
 //   load -OPTION FILE [ARGS...]
 // which calls the option's reader entry with argv = {FILE, ARGS...}.
