@@ -1,3 +1,5 @@
+// Checks a command's words and calls the reader entry a load option names;
+// every problem becomes a console error naming where the command came from.
 #include "Host.h"
 
 #include <QString>

@@ -1,3 +1,4 @@
+// The commands hxhost runs, from -c options and script files.
 #pragma once
 #include <string>
 #include <vector>

@@ -1,3 +1,8 @@
+// Writes objects as VTK XML files with every array in one raw appended
+// block: each array is a UInt64 byte count followed by its bytes, and the XML
+// header gives the array's offset into that block. Arrays are streamed from
+// the objects' memory, so a file never has to fit in memory.
+
 #include "VtkWriter.h"
 
 #include <QDir>
@@ -9,11 +14,6 @@
 #include <functional>
 
 #include "ExportedClasses.h"
-
-// Files are VTK XML with every array in one raw appended block: each array
-// is a UInt64 byte count followed by its bytes, and the XML header gives the
-// array's offset into that block. Arrays are streamed from the objects'
-// memory, so a file never has to fit in memory.
 
 namespace hxhost {
 namespace {

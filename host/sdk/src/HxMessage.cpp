@@ -1,3 +1,4 @@
+// The console: messages go to stderr at once and are kept for the JSON record.
 #include "HxMessage.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// The SDK's 8-bit string, converted to and from QString as Latin-1.
 #include "McString.h"
 
 #include <QString>
