@@ -1,3 +1,4 @@
+// Cuts a command line into the words a command, and so a reader, gets.
 #pragma once
 #include <string>
 #include <vector>

@@ -1,3 +1,5 @@
+// Checks a command's words and calls the reader entry a load option names;
+// every problem becomes a console error naming where the command came from.
 #include "Host.h"
 
 #include <QString>
@@ -9,11 +11,6 @@
 #include "HxMessage.h"
 
 namespace hxhost {
-
-static ExitStatus worse(ExitStatus a, ExitStatus b)
-{
-    return a > b ? a : b;
-}
 
 static void report(const std::string& text)
 {

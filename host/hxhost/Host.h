@@ -1,3 +1,4 @@
+// The commands hxhost runs, from -c options and script files.
 #pragma once
 #include <string>
 #include <vector>
@@ -7,6 +8,12 @@
 namespace hxhost {
 
 enum ExitStatus { ExitOk = 0, ExitFailed = 1, ExitUsage = 2 };
+
+// Statuses are ordered by how bad they are; a run reports its worst.
+inline ExitStatus worse(ExitStatus a, ExitStatus b)
+{
+    return a > b ? a : b;
+}
 
 // Runs host commands against the loaded packages. The only command is
 //   load -OPTION FILE [ARGS...]

@@ -1,3 +1,4 @@
+// Writes the created objects and the console messages as one JSON document.
 #include "JsonWriter.h"
 
 #include <charconv>
@@ -5,13 +6,13 @@
 #include <cstring>
 #include <string>
 
-#include "HxCluster.h"
-#include "HxLattice3.h"
-#include "HxLineSet.h"
+#include "ExportedClasses.h"
 
 namespace hxhost {
 namespace {
 
+// JSON text, buffered in blocks: value-by-value writes to the file would
+// dominate the time for large objects. A failed write is kept for finish().
 class Out {
 public:
     explicit Out(std::FILE* f) : mFile(f) { mBuf.reserve(1 << 16); }
@@ -57,6 +58,7 @@ public:
         mBuf.append("\": ");
     }
 
+    // NaN and the infinities have no JSON number form; they go out as strings.
     template <class T>
     void number(T v)
     {
@@ -80,16 +82,49 @@ public:
         maybeFlush();
     }
 
+    // The key of a member after the first, on the same line or a line of
+    // its own (for members that may hold long lists).
+    void nextKey(const char* k)
+    {
+        raw(", ");
+        key(k);
+    }
+    void nextLineKey(const char* k)
+    {
+        raw(",\n     ");
+        key(k);
+    }
+
+    // [item(0)<sep>item(1)<sep>...]
+    template <class Index, class Item>
+    void array(Index n, Item item, const char* sep = ",")
+    {
+        raw('[');
+        for (Index i = 0; i < n; ++i) {
+            if (i)
+                raw(sep);
+            item(i);
+        }
+        raw(']');
+    }
+
     template <class T>
     void numbers(const T* v, long long n)
     {
+        array(n, [&](long long i) { number(v[i]); });
+    }
+
+    // The top-level lists hold one {entry} a line.
+    template <class Entry>
+    void entryLines(size_t n, Entry entry)
+    {
         raw('[');
-        for (long long i = 0; i < n; ++i) {
-            if (i)
-                raw(',');
-            number(v[i]);
+        for (size_t i = 0; i < n; ++i) {
+            raw(i ? ",\n    {" : "\n    {");
+            entry(i);
+            raw('}');
         }
-        raw(']');
+        raw(n ? "\n  ]" : "]");
     }
 
 private:
@@ -111,123 +146,70 @@ private:
 
 void writePoints(Out& o, const McVec3f* p, int n)
 {
-    o.raw('[');
-    for (int i = 0; i < n; ++i) {
-        if (i)
-            o.raw(',');
-        o.numbers(p[i].v, 3);
-    }
-    o.raw(']');
+    o.array(n, [&](int i) { o.numbers(p[i].v, 3); });
+}
+
+// Every cluster column is {"name": ..., "values": [...]}; values writes the list.
+template <class Values>
+void writeColumn(Out& o, const McString& name, Values values)
+{
+    o.raw('{');
+    o.key("name");
+    o.string(name);
+    o.nextKey("values");
+    values();
+    o.raw('}');
+}
+
+// Floats go out as they are stored; other types as their value widened to
+// double, which is exact for all of them.
+void writeDataColumn(Out& o, const HxCluster::DataColumn& col, int numPoints)
+{
+    writeColumn(o, col.name, [&] {
+        if (col.primType.getType() == McPrimType::MC_FLOAT)
+            o.numbers(col.floatData(), numPoints);
+        else
+            o.array(numPoints, [&](int i) { o.number(col.value(i)); });
+    });
+}
+
+void writeLabelColumn(Out& o, const HxCluster::LabelColumn& col)
+{
+    writeColumn(o, col.name, [&] { o.array(col.labels.size(), [&](int i) { o.string(col.labels[i]); }); });
 }
 
 void writeCluster(Out& o, const HxCluster& c)
 {
-    o.raw(",\n     ");
-    o.key("points");
+    o.nextLineKey("points");
     writePoints(o, c.points.dataPtr(), c.points.size());
-    o.raw(",\n     ");
-    o.key("ids");
+    o.nextLineKey("ids");
     o.numbers(c.ids.dataPtr(), c.ids.size());
-    o.raw(",\n     ");
-    o.key("dataColumns");
-    o.raw('[');
-    for (int d = 0; d < c.dataColumns.size(); ++d) {
-        const HxCluster::DataColumn& col = c.dataColumns[d];
-        o.raw(d ? ", {" : "{");
-        o.key("name");
-        o.string(col.name);
-        o.raw(", ");
-        o.key("values");
-        if (col.primType.getType() == McPrimType::MC_FLOAT) {
-            o.numbers(col.floatData(), c.points.size());
-        } else {
-            o.raw('[');
-            for (int i = 0; i < c.points.size(); ++i) {
-                if (i)
-                    o.raw(',');
-                o.number(col.value(i));
-            }
-            o.raw(']');
-        }
-        o.raw('}');
-    }
-    o.raw("],\n     ");
-    o.key("labelColumns");
-    o.raw('[');
-    for (int l = 0; l < c.labelColumns.size(); ++l) {
-        const HxCluster::LabelColumn& col = c.labelColumns[l];
-        o.raw(l ? ", {" : "{");
-        o.key("name");
-        o.string(col.name);
-        o.raw(", ");
-        o.key("values");
-        o.raw('[');
-        for (int i = 0; i < col.labels.size(); ++i) {
-            if (i)
-                o.raw(',');
-            o.string(col.labels[i]);
-        }
-        o.raw("]}");
-    }
-    o.raw("],\n     ");
+    o.nextLineKey("dataColumns");
+    o.array(c.dataColumns.size(), [&](int d) { writeDataColumn(o, c.dataColumns[d], c.points.size()); }, ", ");
+    o.nextLineKey("labelColumns");
+    o.array(c.labelColumns.size(), [&](int l) { writeLabelColumn(o, c.labelColumns[l]); }, ", ");
     float box[6];
     c.getBoundingBox(box);
-    o.key("bounds");
+    o.nextLineKey("bounds");
     o.numbers(box, 6);
 }
 
 void writeLineSet(Out& o, const HxLineSet& s)
 {
-    o.raw(",\n     ");
-    o.key("points");
+    o.nextLineKey("points");
     writePoints(o, s.getCoords(), s.getNumPoints());
-    o.raw(",\n     ");
-    o.key("lines");
-    o.raw('[');
-    for (int l = 0; l < s.getNumLines(); ++l) {
-        if (l)
-            o.raw(',');
-        o.raw('[');
-        for (int v = 0; v < s.getLineLength(l); ++v) {
-            if (v)
-                o.raw(',');
-            o.number(s.getLineVertex(l, v));
-        }
-        o.raw(']');
-    }
-    o.raw("],\n     ");
-    o.key("data");
-    o.raw('[');
-    for (int t = 0; t < s.getNumDataValues(); ++t) {
-        if (t)
-            o.raw(',');
-        o.numbers(s.getData(t), s.getNumPoints());
-    }
-    o.raw(']');
+    o.nextLineKey("lines");
+    o.array(s.getNumLines(), [&](int l) {
+        o.array(s.getLineLength(l), [&](int v) { o.number(s.getLineVertex(l, v)); });
+    });
+    o.nextLineKey("data");
+    o.array(s.getNumDataValues(), [&](int t) { o.numbers(s.getData(t), s.getNumPoints()); });
 }
 
-void writeField(Out& o, const HxRegField3& f)
+// The values in the lattice's own type, so integers print without a fraction.
+void writeLatticeValues(Out& o, const HxLattice3& lat)
 {
-    const HxLattice3& lat = f.lattice();
-    const McDim3l& dims = lat.getDims();
-    o.raw(",\n     ");
-    o.key("primType");
-    o.string(QString::fromLatin1(lat.primType().getName()));
-    o.raw(", ");
-    o.key("nDataVar");
-    o.number(lat.nDataVar());
-    o.raw(", ");
-    o.key("dims");
-    long long d[3] = {dims.nx, dims.ny, dims.nz};
-    o.numbers(d, 3);
-    o.raw(", ");
-    float box[6];
-    lat.coords()->getBoundingBox(box);
-    o.key("bbox");
-    o.numbers(box, 6);
-    o.raw(",\n     ");
-    o.key("values");
-    long long n = lat.numNodes() * lat.nDataVar();
+    const long long n = lat.numNodes() * lat.nDataVar();
     void* p = lat.dataPtr().getData();
     switch (lat.primType().getType()) {
     case McPrimType::MC_UINT8: o.numbers(static_cast<const unsigned char*>(p), n); break;
@@ -238,6 +220,57 @@ void writeField(Out& o, const HxRegField3& f)
     case McPrimType::MC_DOUBLE: o.numbers(static_cast<const double*>(p), n); break;
     default: o.raw("[]");
     }
+}
+
+void writeField(Out& o, const HxRegField3& f)
+{
+    const HxLattice3& lat = f.lattice();
+    const McDim3l& dims = lat.getDims();
+    o.nextLineKey("primType");
+    o.string(QString::fromLatin1(lat.primType().getName()));
+    o.nextKey("nDataVar");
+    o.number(lat.nDataVar());
+    o.nextKey("dims");
+    long long d[3] = {dims.nx, dims.ny, dims.nz};
+    o.numbers(d, 3);
+    float box[6];
+    lat.coords()->getBoundingBox(box);
+    o.nextKey("bbox");
+    o.numbers(box, 6);
+    o.nextLineKey("values");
+    writeLatticeValues(o, lat);
+}
+
+// Only the parameters that carry a value; others are groups or buttons.
+void writeParameters(Out& o, const HxParamBundle& params)
+{
+    o.raw('{');
+    bool first = true;
+    for (int p = 0; p < params.size(); ++p) {
+        auto* param = dynamic_cast<const HxParameter*>(params.at(p));
+        if (!param)
+            continue;
+        if (!first)
+            o.raw(", ");
+        first = false;
+        o.string(param->getName());
+        o.raw(": ");
+        o.string(param->getString());
+    }
+    o.raw('}');
+}
+
+void writeObject(Out& o, const HxData& obj)
+{
+    o.key("name");
+    o.string(obj.getName());
+    o.nextKey("class");
+    o.string(QString::fromLatin1(obj.getClassName()));
+    o.nextLineKey("parameters");
+    writeParameters(o, obj.parameters());
+    visitExported(&obj, [&](const HxCluster& c) { writeCluster(o, c); },
+                  [&](const HxLineSet& s) { writeLineSet(o, s); },
+                  [&](const HxRegField3& f) { writeField(o, f); });
 }
 
 const char* levelName(HxMessage::Level level)
@@ -255,54 +288,18 @@ bool writeJson(std::FILE* f, const std::vector<HxData*>& objects,
                const std::vector<HxMessage::Entry>& messages)
 {
     Out o(f);
-    {
-        o.raw("{\"objects\": [");
-        for (size_t i = 0; i < objects.size(); ++i) {
-            const HxData* obj = objects[i];
-            o.raw(i ? ",\n    {" : "\n    {");
-            o.key("name");
-            o.string(obj->getName());
-            o.raw(", ");
-            o.key("class");
-            o.string(QString::fromLatin1(obj->getClassName()));
-            o.raw(",\n     ");
-            o.key("parameters");
-            o.raw('{');
-            const HxParamBundle& params = obj->parameters();
-            bool first = true;
-            for (int p = 0; p < params.size(); ++p) {
-                auto* param = dynamic_cast<const HxParameter*>(params.at(p));
-                if (!param)
-                    continue;
-                if (!first)
-                    o.raw(", ");
-                first = false;
-                o.string(param->getName());
-                o.raw(": ");
-                o.string(param->getString());
-            }
-            o.raw('}');
-            if (auto* c = dynamic_cast<const HxCluster*>(obj))
-                writeCluster(o, *c);
-            else if (auto* s = dynamic_cast<const HxLineSet*>(obj))
-                writeLineSet(o, *s);
-            else if (auto* fld = dynamic_cast<const HxRegField3*>(obj))
-                writeField(o, *fld);
-            o.raw('}');
-        }
-        o.raw(objects.empty() ? "],\n \"messages\": [" : "\n  ],\n \"messages\": [");
-        for (size_t i = 0; i < messages.size(); ++i) {
-            o.raw(i ? ",\n    {" : "\n    {");
-            o.key("level");
-            o.raw('"');
-            o.raw(levelName(messages[i].level));
-            o.raw("\", ");
-            o.key("text");
-            o.string(messages[i].text);
-            o.raw('}');
-        }
-        o.raw(messages.empty() ? "]}\n" : "\n  ]}\n");
-    }
+    o.raw("{\"objects\": ");
+    o.entryLines(objects.size(), [&](size_t i) { writeObject(o, *objects[i]); });
+    o.raw(",\n \"messages\": ");
+    o.entryLines(messages.size(), [&](size_t i) {
+        o.key("level");
+        o.raw('"');
+        o.raw(levelName(messages[i].level));
+        o.raw('"');
+        o.nextKey("text");
+        o.string(messages[i].text);
+    });
+    o.raw("}\n");
     bool ok = o.finish();
     return std::fflush(f) == 0 && ok;
 }

@@ -1,3 +1,4 @@
+// The JSON record of a run, for tests and scripts that check what a load made.
 #pragma once
 #include <cstdio>
 #include <vector>

@@ -1,3 +1,4 @@
+// Opens package libraries and reads their reader declarations.
 #include "PackageLoader.h"
 
 #include <dirent.h>

@@ -1,3 +1,4 @@
+// Finds the packages in a folder and the load options they declare.
 #pragma once
 #include <string>
 #include <vector>

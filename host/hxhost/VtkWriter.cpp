@@ -1,3 +1,8 @@
+// Writes objects as VTK XML files with every array in one raw appended
+// block: each array is a UInt64 byte count followed by its bytes, and the XML
+// header gives the array's offset into that block. Arrays are streamed from
+// the objects' memory, so a file never has to fit in memory.
+
 #include "VtkWriter.h"
 
 #include <QDir>
@@ -8,14 +13,7 @@
 #include <charconv>
 #include <functional>
 
-#include "HxCluster.h"
-#include "HxLattice3.h"
-#include "HxLineSet.h"
-
-// Files are VTK XML with every array in one raw appended block: each array
-// is a UInt64 byte count followed by its bytes, and the XML header gives the
-// array's offset into that block. Arrays are streamed from the objects'
-// memory, so a file never has to fit in memory.
+#include "ExportedClasses.h"
 
 namespace hxhost {
 namespace {
@@ -392,15 +390,9 @@ bool writeDataset(const QString& path, const Dataset& d, QString& error)
 // The object as a dataset; false for classes VTK files are not written for.
 bool describe(const HxData* obj, Dataset& d)
 {
-    if (auto* c = dynamic_cast<const HxCluster*>(obj))
-        d = clusterDataset(*c);
-    else if (auto* s = dynamic_cast<const HxLineSet*>(obj))
-        d = lineSetDataset(*s);
-    else if (auto* f = dynamic_cast<const HxRegField3*>(obj))
-        d = fieldDataset(*f);
-    else
-        return false;
-    return true;
+    return visitExported(obj, [&](const HxCluster& c) { d = clusterDataset(c); },
+                         [&](const HxLineSet& s) { d = lineSetDataset(s); },
+                         [&](const HxRegField3& f) { d = fieldDataset(f); });
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+// The VTK export of a run, to look at what a load made in a VTK viewer.
 #pragma once
 #include <string>
 #include <vector>

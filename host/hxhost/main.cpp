@@ -43,6 +43,7 @@ static const char* kUsage =
 namespace {
 
 struct Options {
+    // A script file or a -c command, run in command-line order.
     struct Step {
         bool isScript;
         std::string text;
@@ -99,6 +100,98 @@ int parseArguments(int argc, char** argv, Options& opts)
     return -1;
 }
 
+// Batch runs need no display: readers still create (hidden) dialogs.
+void prepareEnvironment()
+{
+    if (!std::getenv("QT_QPA_PLATFORM") && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Qt wants a private runtime folder and complains on every run without one.
+    if (!std::getenv("XDG_RUNTIME_DIR")) {
+        std::string dir = "/tmp/runtime-" + std::to_string(getuid());
+        mkdir(dir.c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", dir.c_str(), 1);
+    }
+}
+
+// Whether Qt got a screen a reader's dialog can show on.
+bool platformHasDisplay()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+void reportErrors(const std::vector<std::string>& errors)
+{
+    for (const std::string& e : errors)
+        theMsg->error(QString::fromStdString("hxhost: " + e));
+}
+
+// Fills in the default package folder, which needs the running application.
+bool loadPackages(PackageLoader& packages, std::string& packageDir)
+{
+    if (packageDir.empty())
+        packageDir = QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib"))
+                         .absolutePath().toStdString();
+    std::vector<std::string> errors;
+    const bool ok = packages.loadFolder(packageDir, errors);
+    reportErrors(errors);
+    return ok;
+}
+
+void listPackages(const PackageLoader& packages, const std::string& packageDir)
+{
+    for (const Package& p : packages.packages()) {
+        std::printf("package %s %s (%s, built %s with %s)\n", p.info->name, p.info->version,
+                    p.path.c_str(), p.info->buildDate, p.info->compiler);
+        for (const LoadOption& o : packages.options())
+            if (o.package == p.name)
+                std::printf("  load -%-28s %-22s %s\n", o.option.c_str(), o.dataKind.c_str(),
+                            o.description.c_str());
+    }
+    if (packages.packages().empty())
+        std::printf("no packages in %s\n", packageDir.c_str());
+}
+
+// The worst status of the steps; the first usage error stops the run.
+ExitStatus runSteps(Host& host, const std::vector<Options::Step>& steps)
+{
+    ExitStatus status = ExitOk;
+    for (const Options::Step& step : steps) {
+        const ExitStatus s = step.isScript ? host.runScript(step.text) : host.runCommand(step.text, "-c");
+        if (s == ExitUsage)
+            return ExitUsage;
+        status = worse(status, s);
+    }
+    return status;
+}
+
+ExitStatus writeJsonFile(const std::string& path, const std::vector<HxData*>& objects)
+{
+    std::FILE* out = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+    bool ok = out && writeJson(out, objects, theMsg->entries());
+    if (out && out != stdout)
+        ok = std::fclose(out) == 0 && ok;
+    if (ok)
+        return ExitOk;
+    std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", path.c_str());
+    return ExitFailed;
+}
+
+// VTK files first: the JSON file carries the messages their export gave.
+ExitStatus writeOutputs(const Options& opts, const std::vector<HxData*>& objects)
+{
+    ExitStatus status = ExitOk;
+    if (!opts.exportDir.empty()) {
+        std::vector<std::string> errors;
+        if (!exportVtk(opts.exportDir, objects, errors))
+            status = ExitFailed;
+        reportErrors(errors);
+    }
+    if (!opts.json.empty())
+        status = worse(status, writeJsonFile(opts.json, objects));
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -112,70 +205,22 @@ int main(int argc, char** argv)
         return ExitOk;
     }
 
-    // Batch runs need no display: readers still create (hidden) dialogs.
-    if (!std::getenv("QT_QPA_PLATFORM") && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    // Qt wants a private runtime folder and complains on every run without one.
-    if (!std::getenv("XDG_RUNTIME_DIR")) {
-        std::string dir = "/tmp/runtime-" + std::to_string(getuid());
-        mkdir(dir.c_str(), 0700);
-        setenv("XDG_RUNTIME_DIR", dir.c_str(), 1);
-    }
+    prepareEnvironment();
     QApplication app(argc, argv);
-    const QString platform = QGuiApplication::platformName();
-    const bool hasDisplay = platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+    const bool hasDisplay = platformHasDisplay();
     HxApplication::instance()->setInteractive(hasDisplay);
 
-    if (opts.packageDir.empty())
-        opts.packageDir = QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib"))
-                              .absolutePath().toStdString();
     PackageLoader packages;
-    std::vector<std::string> errors;
-    bool packagesOk = packages.loadFolder(opts.packageDir, errors);
-    for (const std::string& e : errors)
-        theMsg->error(QString::fromStdString("hxhost: " + e));
-
-    if (opts.list) {
-        for (const Package& p : packages.packages()) {
-            std::printf("package %s %s (%s, built %s with %s)\n", p.info->name, p.info->version,
-                        p.path.c_str(), p.info->buildDate, p.info->compiler);
-            for (const LoadOption& o : packages.options())
-                if (o.package == p.name)
-                    std::printf("  load -%-28s %-22s %s\n", o.option.c_str(), o.dataKind.c_str(),
-                                o.description.c_str());
-        }
-        if (packages.packages().empty())
-            std::printf("no packages in %s\n", opts.packageDir.c_str());
-    }
+    ExitStatus status = loadPackages(packages, opts.packageDir) ? ExitOk : ExitFailed;
+    if (opts.list)
+        listPackages(packages, opts.packageDir);
 
     Host host(packages, hasDisplay);
-    ExitStatus status = packagesOk ? ExitOk : ExitFailed;
-    for (const Options::Step& step : opts.steps) {
-        ExitStatus s = step.isScript ? host.runScript(step.text) : host.runCommand(step.text, "-c");
-        if (s == ExitUsage)
-            return ExitUsage;
-        if (s > status)
-            status = s;
-    }
-
-    const std::vector<HxData*>& objects = HxObjectPool::instance()->objects();
-    if (!opts.exportDir.empty()) {
-        std::vector<std::string> exportErrors;
-        if (!exportVtk(opts.exportDir, objects, exportErrors))
-            status = ExitFailed;
-        for (const std::string& e : exportErrors)
-            theMsg->error(QString::fromStdString("hxhost: " + e));
-    }
-    if (!opts.json.empty()) {
-        std::FILE* out = opts.json == "-" ? stdout : std::fopen(opts.json.c_str(), "wb");
-        bool ok = out && writeJson(out, objects, theMsg->entries());
-        if (out && out != stdout)
-            ok = std::fclose(out) == 0 && ok;
-        if (!ok) {
-            std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", opts.json.c_str());
-            status = ExitFailed;
-        }
-    }
+    const ExitStatus ran = runSteps(host, opts.steps);
+    if (ran == ExitUsage)
+        return ExitUsage;
+    status = worse(status, ran);
+    status = worse(status, writeOutputs(opts, HxObjectPool::instance()->objects()));
     // Objects go before the application so widgets they own die with Qt alive.
     HxObjectPool::instance()->clear();
     return status;

@@ -1,3 +1,4 @@
+// Point clouds: every column follows the number of points.
 #include "HxCluster.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Data objects and the pool that owns and names them.
 #include "HxData.h"
 
 #include <QFileInfo>

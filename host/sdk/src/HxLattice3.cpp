@@ -1,3 +1,4 @@
+// Regular lattices and the fields on them.
 #include "HxLattice3.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Line sets: points, poly-lines over them and per-point data arrays.
 #include "HxLineSet.h"
 
 int HxLineSet::addPoints(const McVec3f* coords, int n)

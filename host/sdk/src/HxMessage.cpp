@@ -1,3 +1,4 @@
+// The console: messages go to stderr at once and are kept for the JSON record.
 #include "HxMessage.h"
 
 #include <QApplication>
@@ -6,7 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "McString.h"
+#include "FormatV.h"
 
 void HxMessage::record(Level level, const QString& text)
 {
@@ -23,21 +24,9 @@ void HxMessage::printf(const char* format, ...)
 {
     va_list args;
     va_start(args, format);
-    char small[512];
-    va_list copy;
-    va_copy(copy, args);
-    int n = std::vsnprintf(small, sizeof small, format, args);
-    QString text;
-    if (n >= static_cast<int>(sizeof small)) {
-        QByteArray big(n + 1, '\0');
-        std::vsnprintf(big.data(), n + 1, format, copy);
-        text = QString::fromLocal8Bit(big.constData(), n);
-    } else if (n >= 0) {
-        text = QString::fromLocal8Bit(small, n);
-    }
-    va_end(copy);
+    const std::string text = formatV(format, args);
     va_end(args);
-    record(Info, text);
+    record(Info, QString::fromLocal8Bit(text.data(), static_cast<int>(text.size())));
 }
 
 void HxMessage::printf(const QString& text)

@@ -1,3 +1,4 @@
+// Named text parameters and the bundles that own them.
 #include "HxParameter.h"
 
 HxParamBase::~HxParamBase() = default;

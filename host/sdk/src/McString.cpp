@@ -1,27 +1,17 @@
+// The SDK's 8-bit string, converted to and from QString as Latin-1.
 #include "McString.h"
 
 #include <QString>
 #include <cstdarg>
-#include <cstdio>
+
+#include "FormatV.h"
 
 McString& McString::printf(const char* format, ...)
 {
     va_list args;
     va_start(args, format);
-    va_list copy;
-    va_copy(copy, args);
-    char small[256];
-    int n = std::vsnprintf(small, sizeof small, format, args);
+    mText = formatV(format, args);
     va_end(args);
-    if (n < 0) {
-        mText.clear();
-    } else if (n < static_cast<int>(sizeof small)) {
-        mText.assign(small, n);
-    } else {
-        mText.resize(n);
-        std::vsnprintf(&mText[0], n + 1, format, copy);
-    }
-    va_end(copy);
     return *this;
 }
 
