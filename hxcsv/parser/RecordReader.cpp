@@ -57,23 +57,6 @@ public:
 
     bool stops(char c) const { return special[static_cast<unsigned char>(c)]; }
 
-    // True when the k bytes at p (k < 16, a stopping byte after them) are a
-    // short plain decimal (HxCSVNumbers::isShortDecimal), seen in the same
-    // 16 bytes without a branch on them. Reads the 16 bytes at p: p must lie
-    // in a record buffer or in the input block, whose padding covers them.
-    static bool shortDecimalIn16(const char* p, int k)
-    {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const __m128i digitValue = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
-        const unsigned digits = static_cast<unsigned>(
-            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(digitValue, _mm_set1_epi8(9)), digitValue)));
-        const unsigned points = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.'))));
-        const unsigned sign = (*p == '-' || *p == '+') ? 1u : 0u;
-        const unsigned body = ((1u << k) - 1) & ~sign;
-        const unsigned bodyPoints = points & body;
-        return ((digits | points) & body) == body && (bodyPoints & (bodyPoints - 1)) == 0 && (digits & body) != 0;
-    }
-
     // The first stopping byte in [p, end), or end.
     const char* find(const char* p, const char* end) const
     {
@@ -307,7 +290,8 @@ int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRec
                 const long long k = q - fieldStart;
                 // The field lies in the block, whose padding covers every
                 // load of the test and of the converter behind it.
-                const bool shortDecimal = k < 16 && Stops::shortDecimalIn16(fieldStart, static_cast<int>(k));
+                const bool shortDecimal =
+                    k < 16 && HxCSVNumbers::paddedIsShortDecimal(fieldStart, static_cast<size_t>(k));
                 if (!onField(fieldStart, static_cast<int>(k), found, shortDecimal))
                     return;
                 ++found;
