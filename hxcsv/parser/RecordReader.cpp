@@ -9,10 +9,12 @@
 
 #include "HxCSVInput.h"
 #include "HxCSVNumbers.h"
+#include "Parse.h"
 
 static_assert(HxCSVInput::padding >= HxCSVNumbers::recordPadding,
               "known short decimals are converted where they lie in the input block");
 
+namespace hxcsv {
 namespace {
 
 int firstCharacter(const McString* text)
@@ -114,13 +116,11 @@ public:
     const Stops& stops;
 };
 
-} // namespace
-
 // Reads one record into the caller's buffer; lives for one record.
 template <class Source>
-class HxCSV::RecordReader {
+class RecordReader {
 public:
-    RecordReader(HxCSV& csv, Source& source, char* buffer, int size);
+    RecordReader(Parse& parse, Source& source, char* buffer, int size);
     // The record's length, or -1 at end of file.
     int read(int& recordCount);
     int storePlainRecords(int row, int count, bool ignoreColumnCount, int& recordCount);
@@ -162,6 +162,7 @@ private:
     long long fieldsNeeded() const { return syntax.lastIndex + 1 + csv.joinedRecordCount; }
 
     HxCSV& csv;
+    Parse& parse;
     Source& source;
     char* buffer;
     const int size;
@@ -182,13 +183,13 @@ private:
 };
 
 template <class Source>
-HxCSV::RecordReader<Source>::RecordReader(HxCSV& csv, Source& source, char* buffer, int size)
-    : csv(csv), source(source), buffer(buffer), size(size), syntax(csv.syntax)
+RecordReader<Source>::RecordReader(Parse& parse, Source& source, char* buffer, int size)
+    : csv(parse.csv), parse(parse), source(source), buffer(buffer), size(size), syntax(parse.syntax)
 {
 }
 
 template <class Source>
-int HxCSV::RecordReader<Source>::read(int& recordCount)
+int RecordReader<Source>::read(int& recordCount)
 {
     for (;;) {
         if constexpr (Source::buffered) {
@@ -203,7 +204,7 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
             return -1;
         if (tracking)
             finishFields();
-        csv.fieldsOfRecordRead = tracking || fieldsSplit;
+        parse.fieldsOfRecordRead = tracking || fieldsSplit;
         if (end == End::FieldCount && !lineEndPassed && !csv.noLineBreaks)
             discardRestOfLine(); // fields beyond the needed ones are ignored
         if (kind == Kind::Break && recordCount == 0)
@@ -221,15 +222,15 @@ int HxCSV::RecordReader<Source>::read(int& recordCount)
 // numbers do not convert, is left to be read byte by byte; the result is the
 // same either way.
 template <class Source>
-bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
+bool RecordReader<Source>::readPlainRecord(int& recordCount)
 {
-    csv.fields.clear();
+    parse.fields.clear();
     shortDecimals = 0;
     const char* start = nullptr;
     const auto noteField = [&](const char* field, int fieldLength, long long index, bool shortDecimal) {
         if (index == 0)
             start = field;
-        csv.fields.push_back({static_cast<int>(field - start), fieldLength});
+        parse.fields.push_back({static_cast<int>(field - start), fieldLength});
         if (shortDecimal && index < 64)
             shortDecimals |= uint64_t(1) << index;
         return true;
@@ -245,14 +246,14 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
         else
             ++length; // the delimiter itself
         buffer[length] = '\0';
-        csv.takeNewFields();
-        csv.shortDecimalFields = shortDecimals;
-        return (csv.recordContinued || numbersConvert(csv.fields)) ? RunStep::TakeLast : RunStep::Leave;
+        parse.takeNewFields();
+        parse.shortDecimalFields = shortDecimals;
+        return (csv.recordContinued || numbersConvert(parse.fields)) ? RunStep::TakeLast : RunStep::Leave;
     };
     if (runPlainRecords(noteField, takeConverting) == 0)
         return false;
     ++recordCount;
-    csv.fieldsOfRecordRead = true;
+    parse.fieldsOfRecordRead = true;
     return true;
 }
 
@@ -267,7 +268,7 @@ bool HxCSV::RecordReader<Source>::readPlainRecord(int& recordCount)
 // record taken. Returns the number taken.
 template <class Source>
 template <class OnField, class OnRecord>
-int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRecord)
+int RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRecord)
 {
     const char* recordStart = source.input.available(); // refills an empty block first
     const char* const blockEnd = source.input.availableEnd();
@@ -336,7 +337,7 @@ int HxCSV::RecordReader<Source>::runPlainRecords(OnField onField, OnRecord onRec
 // While counting: the run of plain records whose tried fields are plainly
 // numbers. True when the run held a record.
 template <class Source>
-bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
+bool RecordReader<Source>::skipPlainRecords(int& recordCount)
 {
     if (!syntax.testsAll64)
         return false;
@@ -357,7 +358,7 @@ bool HxCSV::RecordReader<Source>::skipPlainRecords(int& recordCount)
 // storeShortDecimalRow) from row on, up to count rows. Returns the row after
 // the last stored.
 template <class Source>
-int HxCSV::RecordReader<Source>::storePlainRecords(int row, int count, bool ignoreColumnCount, int& recordCount)
+int RecordReader<Source>::storePlainRecords(int row, int count, bool ignoreColumnCount, int& recordCount)
 {
     if (!syntax.shortDecimalTargets || fieldsNeeded() > 64 || row >= count)
         return row;
@@ -379,7 +380,7 @@ int HxCSV::RecordReader<Source>::storePlainRecords(int row, int count, bool igno
     const uint64_t tested = csv.recordContinued ? 0 : syntax.testedFields;
     const auto store = [&](const char* record, const char*) {
         if ((shortDecimals & tested) != tested
-            || !csv.storeShortDecimalRow(record, found, fieldCount, shortDecimals, row, ignoreColumnCount))
+            || !parse.storeShortDecimalRow(record, found, fieldCount, shortDecimals, row, ignoreColumnCount))
             return RunStep::Leave;
         ++row;
         return row < count ? RunStep::Take : RunStep::TakeLast;
@@ -390,14 +391,14 @@ int HxCSV::RecordReader<Source>::storePlainRecords(int row, int count, bool igno
 
 // A plain record starts with a byte that is neither special nor a comment.
 template <class Source>
-bool HxCSV::RecordReader<Source>::startsPlainRecord(const char* start) const
+bool RecordReader<Source>::startsPlainRecord(const char* start) const
 {
     return start != source.input.availableEnd() && !source.stops.stops(*start)
            && static_cast<unsigned char>(*start) != syntax.commentChar;
 }
 
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::readRecord()
+typename RecordReader<Source>::End RecordReader<Source>::readRecord()
 {
     length = 0;
     delimiters = 0;
@@ -408,7 +409,7 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::readRecor
     fieldBegin = 0;
     fieldsSplit = false;
     shortDecimals = 0;
-    csv.fields.clear();
+    parse.fields.clear();
     for (;;) {
         if constexpr (Source::buffered) {
             if (length > 0) // what starts a record is looked at byte by byte
@@ -427,7 +428,7 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::readRecor
 
 // A NUL byte cannot be held in a record; tabs only matter as delimiters.
 template <class Source>
-bool HxCSV::RecordReader<Source>::isDropped(int c) const
+bool RecordReader<Source>::isDropped(int c) const
 {
     return c == '\r' || c == '\0' || (c == '\t' && syntax.delimiter != '\t');
 }
@@ -435,7 +436,7 @@ bool HxCSV::RecordReader<Source>::isDropped(int c) const
 // Empty lines and leading delimiters make nothing; the first character
 // decides whether the record is a comment, a block break or data.
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::startRecord(int c)
+typename RecordReader<Source>::End RecordReader<Source>::startRecord(int c)
 {
     if (c == '\n' || c == syntax.delimiter)
         return End::Open;
@@ -448,7 +449,7 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::startReco
 }
 
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::continueRecord(int c)
+typename RecordReader<Source>::End RecordReader<Source>::continueRecord(int c)
 {
     if (c == '\n') {
         lineEndPassed = true;
@@ -471,7 +472,7 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::continueR
 
 // Runs of delimiters count once.
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::addDelimiter(int c)
+typename RecordReader<Source>::End RecordReader<Source>::addDelimiter(int c)
 {
     if (buffer[length - 1] == static_cast<char>(syntax.delimiter))
         return End::Open;
@@ -488,13 +489,13 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::addDelimi
 // on until the record has one field more than before. Block breaks are never
 // converted.
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::fieldCountReached(End how)
+typename RecordReader<Source>::End RecordReader<Source>::fieldCountReached(End how)
 {
     if (kind != Kind::Data || csv.recordContinued)
         return how;
     if (tracking)
         finishFields();
-    const std::vector<HxCSVField>& fields = tracking ? csv.fields : csv.splitRecord(buffer, length);
+    const std::vector<HxCSVField>& fields = tracking ? parse.fields : parse.splitRecord(buffer, length);
     if (numbersConvert(fields)) {
         fieldsSplit = true;
         return how;
@@ -506,11 +507,11 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::fieldCoun
 // Only float and double columns are tried; a field the record lacks is
 // left for the row conversion to report.
 template <class Source>
-bool HxCSV::RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& fields) const
+bool RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& fields) const
 {
     const long long count = static_cast<long long>(fields.size());
-    for (const CSVDataColumn& column : csv.columns) {
-        if (column.storageKind != Float && column.storageKind != Double)
+    for (const HxCSV::CSVDataColumn& column : csv.columns) {
+        if (column.storageKind != HxCSV::Float && column.storageKind != HxCSV::Double)
             continue;
         if (column.columnIndex < 0 || column.columnIndex >= count)
             continue;
@@ -522,10 +523,10 @@ bool HxCSV::RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& 
             || (syntax.counting && HxCSVNumbers::isShortDecimal(buffer + field.begin, static_cast<size_t>(field.length))))
             continue;
         bool ok = false;
-        if (column.storageKind == Float)
-            csv.fieldValue<float>(buffer, index, ok);
+        if (column.storageKind == HxCSV::Float)
+            parse.fieldValue<float>(buffer, index, ok);
         else
-            csv.fieldValue<double>(buffer, index, ok);
+            parse.fieldValue<double>(buffer, index, ok);
         if (!ok)
             return false;
     }
@@ -535,13 +536,13 @@ bool HxCSV::RecordReader<Source>::numbersConvert(const std::vector<HxCSVField>& 
 // The fields after the first move to the front, each followed by the
 // delimiter; the text only ever gets shorter. Noted fields move along.
 template <class Source>
-void HxCSV::RecordReader<Source>::rejoin(const std::vector<HxCSVField>& fields)
+void RecordReader<Source>::rejoin(const std::vector<HxCSVField>& fields)
 {
     ++csv.joinedRecordCount;
     csv.recordContinued = true;
     length = 0;
     delimiters = 0;
-    std::vector<HxCSVField>& noted = csv.fields; // fields itself when tracking
+    std::vector<HxCSVField>& noted = parse.fields; // fields itself when tracking
     for (size_t i = 1; i < fields.size(); ++i) {
         const HxCSVField field = fields[i];
         std::memmove(buffer + length, buffer + field.begin, static_cast<size_t>(field.length));
@@ -561,32 +562,32 @@ void HxCSV::RecordReader<Source>::rejoin(const std::vector<HxCSVField>& fields)
 
 // A delimiter was just stored: the field before it is complete.
 template <class Source>
-void HxCSV::RecordReader<Source>::noteFieldEnd()
+void RecordReader<Source>::noteFieldEnd()
 {
     if (!tracking)
         return;
-    csv.fields.push_back({fieldBegin, length - 1 - fieldBegin});
+    parse.fields.push_back({fieldBegin, length - 1 - fieldBegin});
     fieldBegin = length;
 }
 
 // The text after the last delimiter is the last field; the fields are now
 // those of the record, and numbers converted before belong to other ones.
 template <class Source>
-void HxCSV::RecordReader<Source>::finishFields()
+void RecordReader<Source>::finishFields()
 {
     if (fieldsFinished)
         return;
     if (length > fieldBegin)
-        csv.fields.push_back({fieldBegin, length - fieldBegin});
+        parse.fields.push_back({fieldBegin, length - fieldBegin});
     fieldBegin = length;
     fieldsFinished = true;
-    csv.takeNewFields();
+    parse.takeNewFields();
 }
 
 // A comment is kept as it stands up to its line feed; what does not fit is
 // read and dropped with the rest of the line.
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::copyComment(int c)
+typename RecordReader<Source>::End RecordReader<Source>::copyComment(int c)
 {
     kind = Kind::Comment;
     tracking = false;
@@ -602,14 +603,14 @@ typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::copyComme
 // A full buffer ends the record; the character that did not fit starts the
 // next one, as a long physical line is read in pieces.
 template <class Source>
-typename HxCSV::RecordReader<Source>::End HxCSV::RecordReader<Source>::bufferFull(int c)
+typename RecordReader<Source>::End RecordReader<Source>::bufferFull(int c)
 {
     source.unget(c);
     return End::BufferFull;
 }
 
 template <class Source>
-void HxCSV::RecordReader<Source>::discardRestOfLine()
+void RecordReader<Source>::discardRestOfLine()
 {
     if constexpr (Source::buffered) {
         for (const char* p = source.input.available(); p != source.input.availableEnd();
@@ -627,7 +628,7 @@ void HxCSV::RecordReader<Source>::discardRestOfLine()
 }
 
 template <class Source>
-bool HxCSV::RecordReader<Source>::put(char c)
+bool RecordReader<Source>::put(char c)
 {
     if (length >= size - 1)
         return false;
@@ -635,27 +636,29 @@ bool HxCSV::RecordReader<Source>::put(char c)
     return true;
 }
 
+} // namespace
+
 // The first characters of the settings, and the bytes that end a run of
 // plain text inside a record: line ends, bytes that are dropped, the quote,
 // the delimiter and the break character.
-void HxCSV::prepareRecordSyntax(bool counting)
+void Parse::prepareRecordSyntax(bool counting)
 {
     syntax = RecordSyntax();
     syntax.counting = counting;
-    syntax.delimiter = firstCharacter(columnDelimiter);
-    syntax.breakChar = firstCharacter(verticalDelimiter);
-    syntax.commentChar = firstCharacter(commentMarker);
+    syntax.delimiter = firstCharacter(csv.columnDelimiter);
+    syntax.breakChar = firstCharacter(csv.verticalDelimiter);
+    syntax.commentChar = firstCharacter(csv.commentMarker);
     syntax.lastIndex = lastBoundColumnIndex();
     syntax.strtodReadsShortDecimals = HxCSVNumbers::strtodReadsShortDecimals();
     syntax.shortDecimalTargets = true;
-    for (const CSVDataColumn& column : columns) {
-        const bool number = column.storageKind == Float || column.storageKind == Double
-                            || (column.storageKind == TextNumber && syntax.strtodReadsShortDecimals);
+    for (const HxCSV::CSVDataColumn& column : csv.columns) {
+        const bool number = column.storageKind == HxCSV::Float || column.storageKind == HxCSV::Double
+                            || (column.storageKind == HxCSV::TextNumber && syntax.strtodReadsShortDecimals);
         if (column.columnIndex >= 0 && !number)
             syntax.shortDecimalTargets = false;
     }
-    for (const CSVDataColumn& column : columns) {
-        if ((column.storageKind != Float && column.storageKind != Double) || column.columnIndex < 0)
+    for (const HxCSV::CSVDataColumn& column : csv.columns) {
+        if ((column.storageKind != HxCSV::Float && column.storageKind != HxCSV::Double) || column.columnIndex < 0)
             continue;
         if (column.columnIndex < 64)
             syntax.testedFields |= uint64_t(1) << column.columnIndex;
@@ -664,7 +667,7 @@ void HxCSV::prepareRecordSyntax(bool counting)
     }
     for (int c : {int('\n'), int('\r'), 0, int('\t'), int('"'), syntax.delimiter, syntax.breakChar})
         syntax.special[c] = true;
-    syntax.fieldsByDelimiter = columnDelimiter->length() == 1 && syntax.delimiter != '"';
+    syntax.fieldsByDelimiter = csv.columnDelimiter->length() == 1 && syntax.delimiter != '"';
     // A delimiter that is a line end, or dropped, reads differently.
     syntax.plainRecords = syntax.fieldsByDelimiter && syntax.delimiter != '\n' && syntax.delimiter != '\r';
 }
@@ -673,12 +676,12 @@ void HxCSV::prepareRecordSyntax(bool counting)
 // for all: such a record is never a comment or a block break, and its
 // fields are known. Returns the row after the last stored; the record that
 // is not plain is left for readRecord.
-int HxCSV::storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
+int Parse::storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
                           long long& lineNumber, int& recordsRead)
 {
     const Stops stops(syntax.delimiter, syntax.breakChar, syntax.special);
     BlockSource source(input, stops);
-    RecordReader<BlockSource> reader(*this, source, buffer, lineBufferSize);
+    RecordReader<BlockSource> reader(*this, source, buffer, HxCSV::lineBufferSize);
     int length = 0;
     for (;;) {
         const int stored = reader.storePlainRecords(row, count, ignoreColumnCount, recordsRead);
@@ -693,18 +696,22 @@ int HxCSV::storePlainRows(HxCSVInput& input, char* buffer, int row, int count, b
     }
 }
 
-int HxCSV::readRecord(HxCSVInput& input, char* buffer, int& recordCount)
+int Parse::readRecord(HxCSVInput& input, char* buffer, int& recordCount)
 {
     const Stops stops(syntax.delimiter, syntax.breakChar, syntax.special);
     BlockSource source(input, stops);
-    return RecordReader<BlockSource>(*this, source, buffer, lineBufferSize).read(recordCount);
+    return RecordReader<BlockSource>(*this, source, buffer, HxCSV::lineBufferSize).read(recordCount);
 }
+
+} // namespace hxcsv
 
 int HxCSV::csvGetLine(char* buffer, int size, FILE* file, int& recordCount)
 {
+    using hxcsv::RecordReader;
+    using hxcsv::StreamSource;
     if (!buffer || !file || size < 2)
         return -1; // no room for a single character
-    prepareRecordSyntax(false); // the settings may have changed since the last call
+    d->prepareRecordSyntax(false); // the settings may have changed since the last call
     StreamSource source(file);
-    return RecordReader<StreamSource>(*this, source, buffer, size).read(recordCount) < 0 ? -1 : 0;
+    return RecordReader<StreamSource>(*d, source, buffer, size).read(recordCount) < 0 ? -1 : 0;
 }
