@@ -7,9 +7,11 @@
 //                     the file (count the records, size the targets, store
 //                     the rows); hands the input block to the readers
 //   RecordReader.cpp  one record at a time, byte by byte, by every rule
-//                     (wrapped lines, quotes, comments, breaks, re-joins),
-//                     and runs of the common record straight from the input
-//                     block; hands a record and, often, its fields to Rows.cpp
+//                     (wrapped lines, quotes, comments, breaks, re-joins);
+//                     hands a record and, often, its fields to Rows.cpp
+//   PlainRecords.cpp  runs of the common record straight from the input
+//                     block; hands fields known to be short decimals to
+//                     Rows.cpp
 //   HxCSVFields.cpp   a record split into fields
 //   Rows.cpp          the bindings, the sizing of their targets, and a
 //                     record's fields converted and stored as one row
@@ -82,6 +84,8 @@ public:
     void prepareRecordSyntax(bool counting);
     // The record's length, or -1 at end of file.
     int readRecord(HxCSVInput& input, char* buffer, int& recordCount);
+
+    // PlainRecords.cpp: runs of plain records.
     // Stores the plain records that come next, from row on. Returns the row
     // after the last stored.
     int storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
@@ -93,9 +97,9 @@ public:
     const std::vector<HxCSVField>& splitRecord(const char* record, int length);
     // fields holds a new record's: numbers converted so far are not theirs.
     void takeNewFields();
-    // float or double, as HxCSVNumbers::toFloat and toDouble give it.
-    template <class T>
-    T fieldValue(const char* record, size_t fieldIndex, bool& ok);
+    // Whether the numbers that the record reader tries before it takes a
+    // record convert: those of the float and double columns.
+    bool numbersConvert(const char* record);
     // processLine for the parser's own records and markers.
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
@@ -135,6 +139,9 @@ private:
     void storeField(const HxCSV::CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeTextNumber(const HxCSV::CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
     void storeText(const HxCSV::CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex);
+    // float or double, as HxCSVNumbers::toFloat and toDouble give it.
+    template <class T>
+    T fieldValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>
     T storedValue(const char* record, size_t fieldIndex, bool& ok);
     template <class T>

@@ -293,8 +293,32 @@ T Parse::fieldValue(const char* record, size_t fieldIndex, bool& ok)
     return converted.value;
 }
 
-template float Parse::fieldValue<float>(const char*, size_t, bool&);
-template double Parse::fieldValue<double>(const char*, size_t, bool&);
+// A field the record lacks is left for the row conversion to report.
+bool Parse::numbersConvert(const char* record)
+{
+    const long long count = static_cast<long long>(fields.size());
+    for (const HxCSV::CSVDataColumn& column : csv.columns) {
+        if (column.storageKind != HxCSV::Float && column.storageKind != HxCSV::Double)
+            continue;
+        if (column.columnIndex < 0 || column.columnIndex >= count)
+            continue;
+        const size_t index = static_cast<size_t>(column.columnIndex);
+        const HxCSVField& field = fields[index];
+        // The common case is known good without converting; a value that
+        // had to be tried is kept for the row while reading.
+        if ((index < 64 && (shortDecimalFields >> index & 1))
+            || (syntax.counting && HxCSVNumbers::isShortDecimal(record + field.begin, static_cast<size_t>(field.length))))
+            continue;
+        bool ok = false;
+        if (column.storageKind == HxCSV::Float)
+            fieldValue<float>(record, index, ok);
+        else
+            fieldValue<double>(record, index, ok);
+        if (!ok)
+            return false;
+    }
+    return true;
+}
 
 // A value that did not convert is stored as 0 (Qt gives ±inf on overflow).
 template <class T>
