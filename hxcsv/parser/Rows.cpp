@@ -195,28 +195,14 @@ void HxCSV::resizeDataStorage(int rows)
     rows = std::max(rows, 0);
     d->storageRows = rows;
     d->sharedTexts.clear();
+    // addColumn gives a binding one target; the others are null and skip.
     for (const CSVDataColumn& column : columns) {
-        switch (column.storageKind) {
-        case FloatVectorComponent:
-            resizeOnce(column.vec3fData, rows);
-            break;
-        case DoubleVectorComponent:
-            resizeOnce(column.vec3dData, rows);
-            break;
-        case Float:
-        case TextNumber:
-            resizeZeroed(column.floatData, rows);
-            break;
-        case Double:
-            resizeZeroed(column.doubleData, rows);
-            break;
-        case Text:
-            resizeOnce(column.stringData, rows);
-            break;
-        case RawBuffer:
-            resizeRaw(column, rows);
-            break;
-        }
+        resizeOnce(column.vec3fData, rows);
+        resizeOnce(column.vec3dData, rows);
+        resizeOnce(column.stringData, rows);
+        resizeZeroed(column.floatData, rows);
+        resizeZeroed(column.doubleData, rows);
+        resizeRaw(column, rows);
     }
 }
 
