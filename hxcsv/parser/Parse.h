@@ -1,21 +1,24 @@
 #pragma once
-// The parser's own side of HxCSV: what the stages of a parse share. HxCSV
-// (HxCSV.h) holds the settings and bindings and owns one Parse. A parse runs
-// through these stages, a file each, every one handing on to the next:
+// The parser's own side of HxCSV: the state that the stages of a parse
+// share. HxCSV (HxCSV.h) holds the settings and bindings and owns one Parse.
+// A parse runs through these stages, a file each, every one handing on to
+// the next:
 //
 //   HxCSV.cpp         the driver: settings, header names, two passes over
 //                     the file (count the records, size the targets, store
-//                     the rows); hands the input block to the readers
-//   RecordReader.cpp  one record at a time, byte by byte, by every rule
+//                     the rows); hands the input block (HxCSVInput.h) to
+//                     the readers
+//   PlainRecords.cpp  runs of the common record straight from the block;
+//                     hands fields known to be short decimals to Rows.cpp
+//   RecordReader.cpp  any other record, byte by byte, by every rule
 //                     (wrapped lines, quotes, comments, breaks, re-joins);
-//                     hands a record and, often, its fields to Rows.cpp
-//   PlainRecords.cpp  runs of the common record straight from the input
-//                     block; hands fields known to be short decimals to
-//                     Rows.cpp
-//   HxCSVFields.cpp   a record split into fields
-//   Rows.cpp          the bindings, the sizing of their targets, and a
-//                     record's fields converted and stored as one row
+//                     hands the record, and often its fields, to Rows.cpp
+//   HxCSVFields.cpp   a record split into fields, where they are not known
+//   Rows.cpp          a record's fields converted and stored as one row
 //   HxCSVNumbers.cpp  a field's bytes to a number
+//
+// Bindings.cpp holds the bindings and sizes their targets between the
+// passes.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -80,20 +83,17 @@ public:
     int countRecords(HxCSVInput& input);
     void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
 
-    // RecordReader.cpp: one record at a time.
-    void prepareRecordSyntax(bool counting);
-    // The record's length, or -1 at end of file.
-    int readRecord(HxCSVInput& input, char* buffer, int& recordCount);
-
-    // PlainRecords.cpp: runs of plain records.
-    // Stores the plain records that come next, from row on. Returns the row
-    // after the last stored.
+    // PlainRecords.cpp: stores the plain records that come next, from row
+    // on. Returns the row after the last stored.
     int storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
                        long long& lineNumber, int& recordsRead);
 
-    // Rows.cpp: a record to a row.
-    // At least 0, so a record always needs one field even with nothing bound.
-    long long lastBoundColumnIndex() const;
+    // RecordReader.cpp
+    void prepareRecordSyntax(bool counting);
+    // Reads the next record into buffer. Its length, or -1 at end of file.
+    int readRecord(HxCSVInput& input, char* buffer, int& recordCount);
+
+    // Rows.cpp
     const std::vector<HxCSVField>& splitRecord(const char* record, int length);
     // fields holds a new record's: numbers converted so far are not theirs.
     void takeNewFields();
@@ -102,17 +102,28 @@ public:
     bool numbersConvert(const char* record);
     // processLine for the parser's own records and markers.
     int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
+    // split: fields already holds the fields of this record. lastIndex: the
+    // largest bound column index.
     int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
                  long long lastIndex);
+    // storeRow for a plain record of count fields, given by recordFields and
+    // the bits of those that are known short decimals (which are followed by
+    // enough readable bytes), when every bound field is one and is bound to
+    // a float or double target: the same values, without the general
+    // conversions. False, storing nothing, for any other row.
     bool storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count, uint64_t shortDecimals,
                               int rowIndex, bool ignoreColumnCount);
+
+    // Bindings.cpp: at least 0, so a record always needs one field even
+    // with nothing bound.
+    long long lastBoundColumnIndex() const;
 
     // Set up by prepareRecordSyntax for each reading.
     RecordSyntax syntax;
 
     // The record read or split last.
     std::unique_ptr<HxCSVFieldSplitter> splitter; // for the delimiter it names
-    std::vector<HxCSVField> fields;               // of the record split last
+    std::vector<HxCSVField> fields;
     // The record reader leaves the fields of the record that it returned:
     // it split the record to try its numbers and did not change it after.
     bool fieldsOfRecordRead = false;

@@ -1,15 +1,14 @@
-// HxCSV column bindings, their storage, and the splitting and conversion of
-// one record into a row.
+// Row conversion and storage: the last stage of a parse. Splits a record
+// (HxCSVFields.h) unless its reader already knows its fields, hands each
+// bound field to the number conversion (HxCSVNumbers.h) and stores the
+// values in the targets that Bindings.cpp sized.
 #include "HxCSV.h"
 
 #include "HxCSVNumbers.h"
-#include "LargeArrays.h"
 #include "Parse.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 #include <type_traits>
 
@@ -74,137 +73,7 @@ float* floatRow(const HxCSV::CSVDataColumn& column, int rowIndex, int storageRow
     return column.floatRows->first + static_cast<ptrdiff_t>(rowIndex) * column.floatRows->stride;
 }
 
-// Every target is sized once, before it is filled: room for all rows in one
-// allocation, on huge pages where the kernel has them.
-template <class T>
-void resizeOnce(McDArray<T>* array, int rows)
-{
-    if (!array)
-        return;
-    hxcsv::reserveFinalSize(*array, rows);
-    array->resize(rows);
-}
-
-template <class T>
-void resizeZeroed(McDArray<T>* array, int rows)
-{
-    if (!array)
-        return;
-    const int oldSize = array->size();
-    resizeOnce(array, rows);
-    for (int i = oldSize; i < rows; ++i)
-        (*array)[i] = 0;
-}
-
-void resizeRaw(const HxCSV::CSVDataColumn& column, int rows)
-{
-    if (!column.rawData)
-        return; // a binding without a buffer only checks its column
-    const size_t bytes = static_cast<size_t>(column.primType.size()) * static_cast<size_t>(rows);
-    // Never ask for zero bytes: realloc(p, 0) would free the caller's buffer.
-    const size_t asked = std::max<size_t>(bytes, 1);
-    void* buffer = *column.rawData ? std::realloc(*column.rawData, asked) : std::malloc(asked);
-    if (!buffer)
-        throw std::bad_alloc();
-    *column.rawData = buffer;
-    std::memset(buffer, 0, bytes);
-}
-
 } // namespace
-
-void HxCSV::addColumn(int columnIndex, McPrimType type)
-{
-    CSVDataColumn column;
-    column.columnIndex = columnIndex;
-    column.storageKind = RawBuffer;
-    column.primType = type;
-    columns.append(column);
-}
-
-void HxCSV::addColumn(int columnIndex, McPrimType type, void** buffer)
-{
-    addColumn(columnIndex, type);
-    columns.last().rawData = buffer;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<double>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Double;
-    columns.last().doubleData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<float>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Float;
-    columns.last().floatData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McString>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Text;
-    columns.last().stringData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<double>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = DoubleVectorComponent;
-    columns.last().vec3dData = array;
-    columns.last().component = component;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<float>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = FloatVectorComponent;
-    columns.last().vec3fData = array;
-    columns.last().component = component;
-}
-
-void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNumberMisses* misses)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = TextNumber;
-    columns.last().floatData = array;
-    columns.last().textNumberMisses = misses;
-}
-
-void HxCSV::addColumn(int columnIndex, FloatRows* rows)
-{
-    addColumn(columnIndex, static_cast<McDArray<float>*>(nullptr));
-    columns.last().floatRows = rows;
-}
-
-void HxCSV::addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMisses* misses)
-{
-    addTextNumberColumn(columnIndex, static_cast<McDArray<float>*>(nullptr), misses);
-    columns.last().floatRows = rows;
-}
-
-void HxCSV::addColumn(int columnIndex, TextRows* rows)
-{
-    addColumn(columnIndex, static_cast<McDArray<McString>*>(nullptr));
-    columns.last().textRows = rows;
-}
-
-void HxCSV::resizeDataStorage(int rows)
-{
-    rows = std::max(rows, 0);
-    d->storageRows = rows;
-    d->sharedTexts.clear();
-    // addColumn gives a binding one target; the others are null and skip.
-    for (const CSVDataColumn& column : columns) {
-        resizeOnce(column.vec3fData, rows);
-        resizeOnce(column.vec3dData, rows);
-        resizeOnce(column.stringData, rows);
-        resizeZeroed(column.floatData, rows);
-        resizeZeroed(column.doubleData, rows);
-        resizeRaw(column, rows);
-    }
-}
 
 QStringList HxCSV::splitFields(const QString& record)
 {
@@ -229,14 +98,6 @@ int HxCSV::processLine(QString* record, QString* commentMarker, QString* vertica
 }
 
 namespace hxcsv {
-
-long long Parse::lastBoundColumnIndex() const
-{
-    long long last = 0;
-    for (const HxCSV::CSVDataColumn& column : csv.columns)
-        last = std::max<long long>(last, column.columnIndex);
-    return last;
-}
 
 const std::vector<HxCSVField>& Parse::splitRecord(const char* record, int length)
 {
@@ -314,7 +175,7 @@ T Parse::storedValue(const char* record, size_t fieldIndex, bool& ok)
     return ok ? value : T(0);
 }
 
-// Without a QString.
+// As processLine, without a QString.
 int Parse::processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount)
 {
     if (startsWith(record, length, *csv.commentMarker))
@@ -326,8 +187,6 @@ int Parse::processRecord(const char* record, int length, int rowIndex, bool igno
     return storeRow(record, length, rowIndex, ignoreColumnCount, fieldsOfRecordRead, syntax.lastIndex);
 }
 
-// split: fields already holds the fields of this record. lastIndex: the
-// largest bound column index.
 int Parse::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
                     long long lastIndex)
 {
@@ -347,11 +206,6 @@ int Parse::storeRow(const char* record, int length, int rowIndex, bool ignoreCol
     return 1;
 }
 
-// storeRow for a plain record of count fields, given by recordFields and
-// the bits of those that are known short decimals (which are followed by
-// enough readable bytes), when every bound field is one and is bound to a
-// float or double target: the same values, without the general
-// conversions. False, storing nothing, for any other row.
 bool Parse::storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count,
                                  uint64_t shortDecimals, int rowIndex, bool ignoreColumnCount)
 {
