@@ -1,7 +1,11 @@
-// HxCSV settings, the header line and the two-pass parse driver.
+// The driver of a parse: HxCSV's settings, the header names and the two
+// passes over the file, the first counting the records, the second storing
+// them. Hands the input block to the readers (PlainRecords.cpp,
+// RecordReader.cpp) and each record they read to Rows.cpp.
 #include "HxCSV.h"
 
 #include "HxCSVInput.h"
+#include "LineInput.h"
 #include "Parse.h"
 
 #include <cstdarg>
@@ -16,24 +20,11 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
-// One physical line without its line end, as fgets reads it: at most
-// size - 1 bytes, so a longer line comes back in pieces. NUL ends the text.
-// Its length, or -1 at end of file.
-int fgetline(HxCSVInput& input, char* buffer, int size)
-{
-    if (!input.getPiece(buffer, size))
-        return -1;
-    size_t n = std::strlen(buffer);
-    while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n'))
-        buffer[--n] = '\0';
-    return static_cast<int>(n);
-}
-
 void skipLines(HxCSVInput& input, long long n)
 {
     char line[HxCSV::lineBufferSize];
     for (long long i = 0; i < n; ++i)
-        if (fgetline(input, line, sizeof line) < 0)
+        if (hxcsv::readLine(input, line, sizeof line) < 0)
             return;
 }
 
@@ -83,7 +74,7 @@ void readHeader(HxCSV& csv, HxCSVInput& input)
 {
     char line[HxCSV::lineBufferSize];
     csv.columnNames.clear();
-    if (fgetline(input, line, sizeof line) >= 0) {
+    if (hxcsv::readLine(input, line, sizeof line) >= 0) {
         McString(cleanHeaderLine(line).c_str()).explode((*csv.columnDelimiter)[0], csv.columnNames);
         for (McString& name : csv.columnNames)
             name = trimBlanks(name);
@@ -247,7 +238,7 @@ int Parse::countRecords(HxCSVInput& input)
 int Parse::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
 {
     if (plainLines)
-        return fgetline(input, buffer, HxCSV::lineBufferSize);
+        return readLine(input, buffer, HxCSV::lineBufferSize);
     return readRecord(input, buffer, recordsRead);
 }
 
