@@ -1,4 +1,6 @@
 #pragma once
+// The CSV parser's interface: settings, bindings and one parse. What a
+// parse does, stage by stage, is in parser/ (parser/Parse.h has the map).
 #include <cstdint>
 #include <cstdio>
 #include <functional>

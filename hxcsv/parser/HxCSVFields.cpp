@@ -1,3 +1,5 @@
+// Field splitting by hand where the delimiter allows it, else by the
+// pattern that defines it.
 #include "HxCSVFields.h"
 
 #include <cstring>

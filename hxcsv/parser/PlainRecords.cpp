@@ -1,4 +1,5 @@
-// Plain records taken in runs straight from the input block.
+// The plain-record fast path: plain records taken in runs straight from
+// the input block (see PlainRecords.h), stored by Rows.cpp.
 #include "PlainRecords.h"
 
 #include <cstring>
