@@ -130,6 +130,7 @@ template <class Source>
 int RecordReader<Source>::read(int& recordCount)
 {
     for (;;) {
+        // The common record is taken in one go, straight from the block.
         if constexpr (Source::buffered) {
             if (syntax.plainRecords) {
                 PlainRecords plain(parse, source.input, source.stops, buffer, size);
