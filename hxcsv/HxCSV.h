@@ -1,17 +1,13 @@
 #pragma once
+// The CSV parser's interface: settings, bindings and one parse. What a
+// parse does, stage by stage, is in parser/ (parser/Parse.h has the map).
 #include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <string>
-#include <tuple>
-#include <unordered_map>
-#include <vector>
 
 #include <QString>
 #include <QStringList>
-
-#include "HxCSVFields.h"
 
 #include "McDArray.h"
 #include "McPrimType.h"
@@ -19,7 +15,9 @@
 #include "McVec3.h"
 #include "api.h"
 
-class HxCSVInput;
+namespace hxcsv {
+class Parse;
+}
 
 // The one error the parser reports. Thrown by value; catch it as a constant
 // reference and show `message` to the user.
@@ -198,82 +196,8 @@ public:
     QStringList splitFields(const QString& record);
 
 private:
-    template <class Source>
-    class RecordReader;
-
-    // What the record reader looks for; set up from the settings and
-    // bindings at the start of each reading.
-    struct RecordSyntax {
-        int delimiter = 0;   // first character of the column delimiter, 0 for none
-        int breakChar = 0;   // first character of the vertical delimiter
-        int commentChar = 0; // first character of the comment marker
-        long long lastIndex = 0;
-        bool special[256] = {}; // bytes that a run of plain text stops at
-        bool counting = false;  // the values of the records are not wanted
-        bool fieldsByDelimiter = false; // the delimiter is one character, not the quote
-        bool plainRecords = false;      // plain records can be read in one go
-        uint64_t testedFields = 0;      // fields whose numbers the record reader tries
-        bool testsAll64 = true;         // testedFields names every field tried
-        bool strtodReadsShortDecimals = false; // in the locale of this reading
-        bool shortDecimalTargets = false;      // every bound column takes a short decimal as it is
-    };
-
-    // Numbers of the fields of the record split last, each converted once
-    // however many columns and tests ask for it.
-    template <class T>
-    struct Converted {
-        uint64_t split = 0; // the split that value belongs to
-        T value = 0;
-        bool ok = false;
-    };
-    using FieldNumbers = std::tuple<Converted<float>, Converted<double>>;
-
-    [[noreturn]] static void fail(CSVException::Error code, const char* format, ...)
-        __attribute__((format(printf, 2, 3)));
-
-    static FILE* openFile(const char* name);
-    long long lastBoundColumnIndex() const;
-    void prepareRecordSyntax(bool counting);
-    void resetRecordState(bool counting);
-    void readHeader(HxCSVInput& input);
-    int countRecords(HxCSVInput& input);
-    int countPlainLines(HxCSVInput& input);
-    int readRecord(HxCSVInput& input, char* buffer, int& recordCount); // length, -1 at end of file
-    int readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
-    bool startsComment(const char* record) const;
-    void readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
-    int storePlainRows(HxCSVInput& input, char* buffer, int row, int count, bool ignoreColumnCount,
-                       long long& lineNumber, int& recordsRead);
-    int processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount);
-    int storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
-                 long long lastIndex);
-    bool storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count, uint64_t shortDecimals,
-                              int rowIndex, bool ignoreColumnCount);
-    size_t pickField(int position, int rowIndex, bool ignoreColumnCount) const;
-    void storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
-    void storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex);
-    void storeText(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex);
-    template <class T>
-    T fieldValue(const char* record, size_t fieldIndex, bool& ok);
-    template <class T>
-    T storedValue(const char* record, size_t fieldIndex, bool& ok);
-    template <class T>
-    T* rawRow(const CSVDataColumn& column, int rowIndex) const;
-    const std::vector<HxCSVField>& splitRecord(const char* record, int length);
-    void takeNewFields();
-
-    int storageRows = 0; // rows sized by resizeDataStorage
-    // The distinct texts met in each TextRows column (by column), up to a
-    // bound; a text seen before is stored as a copy sharing its data.
-    std::unordered_map<const TextRows*, std::unordered_map<std::string, QString>> sharedTexts;
-    std::string textKey;
-    RecordSyntax syntax;
-    std::unique_ptr<HxCSVFieldSplitter> splitter; // for the delimiter it names
-    std::vector<HxCSVField> fields;               // of the record split last
-    // The record reader leaves the fields of the record that it returned:
-    // it split the record to try its numbers and did not change it after.
-    bool fieldsOfRecordRead = false;
-    std::vector<FieldNumbers> fieldNumbers;
-    uint64_t splitNumber = 0; // splits made so far
-    uint64_t shortDecimalFields = 0; // of the first 64 fields, those seen to be short decimals
+    // What a parse keeps besides the settings and bindings above: the record
+    // reader's state, the fields of the record read last, the text cache
+    // (parser/Parse.h).
+    std::unique_ptr<hxcsv::Parse> d;
 };

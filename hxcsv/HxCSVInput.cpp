@@ -1,3 +1,4 @@
+// The input block: reading a file a large block at a time.
 #include "HxCSVInput.h"
 
 #include <algorithm>

@@ -1,4 +1,7 @@
 #pragma once
+// The input block: the first stage of a parse, and the lattice reader's.
+// Hands the file's bytes, one at a time, in line pieces or in runs, to the
+// record readers.
 #include <cstddef>
 #include <cstdio>
 #include <memory>

@@ -1,5 +1,9 @@
 #pragma once
+// Number conversion: the last stage of a parse, and the lattice reader's.
+// Turns the bytes of one field into the value that the row stores.
 #include <cstddef>
+
+#include <emmintrin.h>
 
 #include "api.h"
 
@@ -29,29 +33,51 @@ HXCSV_API float toFloat(const char* text, size_t length, bool& ok);
 // digits; 0 and ok false for anything else or a value outside int.
 HXCSV_API int toInt(const char* text, size_t length, bool& ok);
 
+// The short-decimal shortcut. Most numbers in files are short plain
+// decimals, which always convert: they are recognised without converting
+// them and converted without the checks that other texts need.
+
 // True when the text is a short plain decimal (an optional sign, digits with
 // at most one point, nothing else, at most 32 bytes), which toDouble and
 // toFloat always take: it is too short to overflow or underflow either.
 // Tells that a number converts without converting it; false tells nothing.
 HXCSV_API bool isShortDecimal(const char* text, size_t length);
 
+// What the padded forms below may read past the end of a text. The parser's
+// record buffers and its input block keep that padding, so a field anywhere
+// in either may be given to them.
+constexpr size_t recordPadding = 16;
+
+// isShortDecimal for a text of fewer than 16 bytes, seen in one 16-byte load
+// without a branch on its bytes. Precondition: length < 16 and the 16 bytes
+// at text are readable, which recordPadding bytes past its end cover.
+inline bool paddedIsShortDecimal(const char* text, size_t length)
+{
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i digitValue = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+    const unsigned digits = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(digitValue, _mm_set1_epi8(9)), digitValue)));
+    const unsigned points = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.'))));
+    const unsigned sign = (*text == '-' || *text == '+') ? 1u : 0u;
+    const unsigned body = ((1u << length) - 1) & ~sign;
+    const unsigned bodyPoints = points & body;
+    return ((digits | points) & body) == body && (bodyPoints & (bodyPoints - 1)) == 0 && (digits & body) != 0;
+}
+
 // toDouble and toFloat for a text that isShortDecimal takes, without the
 // checks that such a text never needs: it always converts.
 HXCSV_API double shortDecimalToDouble(const char* text, size_t length);
+HXCSV_API float shortDecimalToFloat(const char* text, size_t length);
 
-// The same, faster. Precondition: the recordPadding bytes after the text
-// are readable (their values do not matter). It loads 16 bytes from the
-// first digit and 8 from the first digit of each part; with at most 8
+// shortDecimalToDouble, faster. Precondition: the recordPadding bytes after
+// the text are readable (their values do not matter). It loads 16 bytes from
+// the first digit and 8 from the first digit of each part; with at most 8
 // digits a part, no load reaches further than 16 bytes past the text's end.
-// The parser's record buffers and its input block keep that padding, so a
-// field anywhere in either may be given.
-constexpr size_t recordPadding = 16;
 HXCSV_API double paddedShortDecimalToDouble(const char* text, size_t length);
 
 // Whether std::strtod reads a short decimal as toDouble does: only when the
 // locale's decimal point is '.'.
 HXCSV_API bool strtodReadsShortDecimals();
-HXCSV_API float shortDecimalToFloat(const char* text, size_t length);
 
 // std::strtod on a NUL-terminated text: the longest prefix that is a number,
 // its end in *end (text itself when there is none, then 0). Spellings other

@@ -14,6 +14,8 @@
 #include <fast_float/fast_float.h>
 #include <langinfo.h>
 
+#include "Latin1.h"
+
 namespace {
 
 bool isDigit(char c)
@@ -31,11 +33,9 @@ struct ByteClasses {
             of[c] = Digit;
         of[int('.')] = Point;
         of[int('+')] = of[int('-')] = Sign;
-        // QChar::isSpace over Latin-1: \t to \r, the blank, NEL and the
-        // no-break space.
-        for (int c = '\t'; c <= '\r'; ++c)
-            of[c] = QtSpace;
-        of[int(' ')] = of[0x85] = of[0xA0] = QtSpace;
+        for (int c = 0; c < 256; ++c)
+            if (hxcsv::isLatin1Space(c))
+                of[c] = QtSpace;
     }
     ByteClass operator[](char c) const { return of[static_cast<unsigned char>(c)]; }
     ByteClass of[256];

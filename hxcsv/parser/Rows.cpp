@@ -1,15 +1,14 @@
-// HxCSV column bindings, their storage, and the splitting and conversion of
-// one record into a row.
+// Row conversion and storage: the last stage of a parse. Splits a record
+// (HxCSVFields.h) unless its reader already knows its fields, hands each
+// bound field to the number conversion (HxCSVNumbers.h) and stores the
+// values in the targets that Bindings.cpp sized.
 #include "HxCSV.h"
 
 #include "HxCSVNumbers.h"
-#include "LargeArrays.h"
+#include "Parse.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 #include <type_traits>
 
@@ -74,188 +73,43 @@ float* floatRow(const HxCSV::CSVDataColumn& column, int rowIndex, int storageRow
     return column.floatRows->first + static_cast<ptrdiff_t>(rowIndex) * column.floatRows->stride;
 }
 
-// Every target is sized once, before it is filled: room for all rows in one
-// allocation, on huge pages where the kernel has them.
-template <class T>
-void resizeOnce(McDArray<T>* array, int rows)
-{
-    if (!array)
-        return;
-    hxcsv::reserveFinalSize(*array, rows);
-    array->resize(rows);
-}
-
-template <class T>
-void resizeZeroed(McDArray<T>* array, int rows)
-{
-    if (!array)
-        return;
-    const int oldSize = array->size();
-    resizeOnce(array, rows);
-    for (int i = oldSize; i < rows; ++i)
-        (*array)[i] = 0;
-}
-
-void resizeRaw(const HxCSV::CSVDataColumn& column, int rows)
-{
-    if (!column.rawData)
-        return; // a binding without a buffer only checks its column
-    const size_t bytes = static_cast<size_t>(column.primType.size()) * static_cast<size_t>(rows);
-    // Never ask for zero bytes: realloc(p, 0) would free the caller's buffer.
-    const size_t asked = std::max<size_t>(bytes, 1);
-    void* buffer = *column.rawData ? std::realloc(*column.rawData, asked) : std::malloc(asked);
-    if (!buffer)
-        throw std::bad_alloc();
-    *column.rawData = buffer;
-    std::memset(buffer, 0, bytes);
-}
-
 } // namespace
 
-// The message is sized to fit, so a long field value is shown whole.
-void HxCSV::fail(CSVException::Error code, const char* format, ...)
+QStringList HxCSV::splitFields(const QString& record)
 {
-    va_list args;
-    va_start(args, format);
-    va_list again;
-    va_copy(again, args);
-    const int length = std::vsnprintf(nullptr, 0, format, args);
-    va_end(args);
-    std::string text(length > 0 ? static_cast<size_t>(length) : 0, '\0');
-    std::vsnprintf(&text[0], text.size() + 1, format, again);
-    va_end(again);
-    throw CSVException(text.c_str(), code);
+    const QByteArray bytes = record.toLatin1();
+    QStringList parts;
+    for (const HxCSVField& field : d->splitRecord(bytes.constData(), bytes.size()))
+        parts.append(QString::fromLatin1(bytes.constData() + field.begin, field.length));
+    return parts;
 }
 
-void HxCSV::addColumn(int columnIndex, McPrimType type)
+int HxCSV::processLine(QString* record, QString* commentMarker, QString* verticalDelimiter,
+                       int rowIndex, bool ignoreColumnCount)
 {
-    CSVDataColumn column;
-    column.columnIndex = columnIndex;
-    column.storageKind = RawBuffer;
-    column.primType = type;
-    columns.append(column);
-}
-
-void HxCSV::addColumn(int columnIndex, McPrimType type, void** buffer)
-{
-    addColumn(columnIndex, type);
-    columns.last().rawData = buffer;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<double>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Double;
-    columns.last().doubleData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<float>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Float;
-    columns.last().floatData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McString>* array)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = Text;
-    columns.last().stringData = array;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<double>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = DoubleVectorComponent;
-    columns.last().vec3dData = array;
-    columns.last().component = component;
-}
-
-void HxCSV::addColumn(int columnIndex, McDArray<McVec3<float>>* array, int component)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = FloatVectorComponent;
-    columns.last().vec3fData = array;
-    columns.last().component = component;
-}
-
-void HxCSV::addTextNumberColumn(int columnIndex, McDArray<float>* array, TextNumberMisses* misses)
-{
-    addColumn(columnIndex, McPrimType(0));
-    columns.last().storageKind = TextNumber;
-    columns.last().floatData = array;
-    columns.last().textNumberMisses = misses;
-}
-
-void HxCSV::addColumn(int columnIndex, FloatRows* rows)
-{
-    addColumn(columnIndex, static_cast<McDArray<float>*>(nullptr));
-    columns.last().floatRows = rows;
-}
-
-void HxCSV::addTextNumberColumn(int columnIndex, FloatRows* rows, TextNumberMisses* misses)
-{
-    addTextNumberColumn(columnIndex, static_cast<McDArray<float>*>(nullptr), misses);
-    columns.last().floatRows = rows;
-}
-
-void HxCSV::addColumn(int columnIndex, TextRows* rows)
-{
-    addColumn(columnIndex, static_cast<McDArray<McString>*>(nullptr));
-    columns.last().textRows = rows;
-}
-
-void HxCSV::resizeDataStorage(int rows)
-{
-    rows = std::max(rows, 0);
-    storageRows = rows;
-    sharedTexts.clear();
-    for (const CSVDataColumn& column : columns) {
-        switch (column.storageKind) {
-        case FloatVectorComponent:
-            resizeOnce(column.vec3fData, rows);
-            break;
-        case DoubleVectorComponent:
-            resizeOnce(column.vec3dData, rows);
-            break;
-        case Float:
-        case TextNumber:
-            resizeZeroed(column.floatData, rows);
-            break;
-        case Double:
-            resizeZeroed(column.doubleData, rows);
-            break;
-        case Text:
-            resizeOnce(column.stringData, rows);
-            break;
-        case RawBuffer:
-            resizeRaw(column, rows);
-            break;
-        }
+    if (commentMarker && !commentMarker->isEmpty() && record->startsWith(*commentMarker))
+        return -2;
+    if (verticalDelimiter && !verticalDelimiter->isEmpty() && record->startsWith(*verticalDelimiter)) {
+        verticalDelimiterRows.append(rowIndex); // the index of the next data row
+        return -2;
     }
+    const QByteArray bytes = record->toLatin1();
+    return d->storeRow(bytes.constData(), bytes.size(), rowIndex, ignoreColumnCount, false, d->lastBoundColumnIndex());
 }
 
-// At least 0, so a record always needs one field even with nothing bound.
-long long HxCSV::lastBoundColumnIndex() const
-{
-    long long last = 0;
-    for (const CSVDataColumn& column : columns)
-        last = std::max<long long>(last, column.columnIndex);
-    return last;
-}
+namespace hxcsv {
 
-const std::vector<HxCSVField>& HxCSV::splitRecord(const char* record, int length)
+const std::vector<HxCSVField>& Parse::splitRecord(const char* record, int length)
 {
     // The delimiter is a public field: look at it for every record.
-    if (!splitter || !splitter->splitsAt(*columnDelimiter))
-        splitter.reset(new HxCSVFieldSplitter(columnDelimiter->getString()));
+    if (!splitter || !splitter->splitsAt(*csv.columnDelimiter))
+        splitter.reset(new HxCSVFieldSplitter(csv.columnDelimiter->getString()));
     splitter->split(record, length, fields);
     takeNewFields();
     return fields;
 }
 
-// fields holds a new record's: numbers converted so far are not theirs.
-void HxCSV::takeNewFields()
+void Parse::takeNewFields()
 {
     ++splitNumber;
     shortDecimalFields = 0;
@@ -263,12 +117,8 @@ void HxCSV::takeNewFields()
         fieldNumbers.resize(fields.size());
 }
 
-static_assert(HxCSV::lineBufferPadding >= static_cast<int>(HxCSVNumbers::recordPadding),
-              "known short decimals are read from the padded record buffers");
-
-// float or double, as toFloat and toDouble give it.
 template <class T>
-T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
+T Parse::fieldValue(const char* record, size_t fieldIndex, bool& ok)
 {
     const HxCSVField& field = fields[fieldIndex];
     const char* text = record + field.begin;
@@ -290,97 +140,98 @@ T HxCSV::fieldValue(const char* record, size_t fieldIndex, bool& ok)
     return converted.value;
 }
 
-template float HxCSV::fieldValue<float>(const char*, size_t, bool&);
-template double HxCSV::fieldValue<double>(const char*, size_t, bool&);
+// A field the record lacks is left for the row conversion to report.
+bool Parse::numbersConvert(const char* record)
+{
+    const long long count = static_cast<long long>(fields.size());
+    for (const HxCSV::CSVDataColumn& column : csv.columns) {
+        if (column.storageKind != HxCSV::Float && column.storageKind != HxCSV::Double)
+            continue;
+        if (column.columnIndex < 0 || column.columnIndex >= count)
+            continue;
+        const size_t index = static_cast<size_t>(column.columnIndex);
+        const HxCSVField& field = fields[index];
+        // The common case is known good without converting; a value that
+        // had to be tried is kept for the row while reading.
+        if ((index < 64 && (shortDecimalFields >> index & 1))
+            || (syntax.counting && HxCSVNumbers::isShortDecimal(record + field.begin, static_cast<size_t>(field.length))))
+            continue;
+        bool ok = false;
+        if (column.storageKind == HxCSV::Float)
+            fieldValue<float>(record, index, ok);
+        else
+            fieldValue<double>(record, index, ok);
+        if (!ok)
+            return false;
+    }
+    return true;
+}
 
 // A value that did not convert is stored as 0 (Qt gives ±inf on overflow).
 template <class T>
-T HxCSV::storedValue(const char* record, size_t fieldIndex, bool& ok)
+T Parse::storedValue(const char* record, size_t fieldIndex, bool& ok)
 {
     const T value = fieldValue<T>(record, fieldIndex, ok);
     return ok ? value : T(0);
 }
 
-QStringList HxCSV::splitFields(const QString& record)
+// As processLine, without a QString.
+int Parse::processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount)
 {
-    const QByteArray bytes = record.toLatin1();
-    QStringList parts;
-    for (const HxCSVField& field : splitRecord(bytes.constData(), bytes.size()))
-        parts.append(QString::fromLatin1(bytes.constData() + field.begin, field.length));
-    return parts;
-}
-
-int HxCSV::processLine(QString* record, QString* commentMarker, QString* verticalDelimiter,
-                       int rowIndex, bool ignoreColumnCount)
-{
-    if (commentMarker && !commentMarker->isEmpty() && record->startsWith(*commentMarker))
+    if (startsWith(record, length, *csv.commentMarker))
         return -2;
-    if (verticalDelimiter && !verticalDelimiter->isEmpty() && record->startsWith(*verticalDelimiter)) {
-        verticalDelimiterRows.append(rowIndex); // the index of the next data row
-        return -2;
-    }
-    const QByteArray bytes = record->toLatin1();
-    return storeRow(bytes.constData(), bytes.size(), rowIndex, ignoreColumnCount, false, lastBoundColumnIndex());
-}
-
-// processLine for the parser's own records and markers, without a QString.
-int HxCSV::processRecord(const char* record, int length, int rowIndex, bool ignoreColumnCount)
-{
-    if (startsWith(record, length, *commentMarker))
-        return -2;
-    if (startsWith(record, length, *verticalDelimiter)) {
-        verticalDelimiterRows.append(rowIndex);
+    if (startsWith(record, length, *csv.verticalDelimiter)) {
+        csv.verticalDelimiterRows.append(rowIndex);
         return -2;
     }
     return storeRow(record, length, rowIndex, ignoreColumnCount, fieldsOfRecordRead, syntax.lastIndex);
 }
 
-// split: fields already holds the fields of this record. lastIndex: the
-// largest bound column index.
-int HxCSV::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
+int Parse::storeRow(const char* record, int length, int rowIndex, bool ignoreColumnCount, bool split,
                     long long lastIndex)
 {
     if (!split)
         splitRecord(record, length);
     if (!ignoreColumnCount && static_cast<long long>(fields.size()) < lastIndex + 1)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
-    for (int position = 0; position < columns.size(); ++position) {
-        const CSVDataColumn& column = columns[position];
+    // Once per row: storing a field cannot change the bindings.
+    const HxCSV::CSVDataColumn* const columns = csv.columns.dataPtr();
+    const int columnCount = csv.columns.size();
+    for (int position = 0; position < columnCount; ++position) {
+        const HxCSV::CSVDataColumn& column = columns[position];
         if (column.columnIndex < 0)
             continue;
-        storeField(column, record, pickField(position, rowIndex, ignoreColumnCount), rowIndex);
+        storeField(column, record, pickField(position, column.columnIndex, rowIndex, ignoreColumnCount), rowIndex);
     }
     return 1;
 }
 
-// storeRow for a plain record of count fields, given by recordFields and
-// the bits of those that are known short decimals (which are followed by
-// enough readable bytes), when every bound field is one and is bound to a
-// float or double target: the same values, without the general
-// conversions. False, storing nothing, for any other row.
-bool HxCSV::storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count,
+bool Parse::storeShortDecimalRow(const char* record, const HxCSVField* recordFields, size_t count,
                                  uint64_t shortDecimals, int rowIndex, bool ignoreColumnCount)
 {
     if (!syntax.shortDecimalTargets)
         return false;
+    // Once per row: the conversions between cannot change the bindings.
+    const HxCSV::CSVDataColumn* const columns = csv.columns.dataPtr();
+    const int columnCount = csv.columns.size();
     const auto fieldOf = [&](int position) {
         return (ignoreColumnCount && count <= static_cast<size_t>(position))
                    ? 0
                    : static_cast<size_t>(columns[position].columnIndex);
     };
-    for (int position = 0; position < columns.size(); ++position) {
+    for (int position = 0; position < columnCount; ++position) {
         const size_t index = fieldOf(position);
         if (columns[position].columnIndex >= 0 && (index >= 64 || !(shortDecimals >> index & 1)))
             return false;
     }
-    for (int position = 0; position < columns.size(); ++position) {
-        const CSVDataColumn& column = columns[position];
+    for (int position = 0; position < columnCount; ++position) {
+        const HxCSV::CSVDataColumn& column = columns[position];
         if (column.columnIndex < 0)
             continue;
         const HxCSVField& field = recordFields[fieldOf(position)];
         const double value =
             HxCSVNumbers::paddedShortDecimalToDouble(record + field.begin, static_cast<size_t>(field.length));
-        if (column.storageKind == Double)
+        if (column.storageKind == HxCSV::Double)
             store(column.doubleData, rowIndex, value);
         else if (float* row = floatRow(column, rowIndex, storageRows))
             *row = static_cast<float>(value);
@@ -391,10 +242,9 @@ bool HxCSV::storeShortDecimalRow(const char* record, const HxCSVField* recordFie
 // With ignoreColumnCount a short record feeds its first field to the
 // bindings past its end. A field that still does not exist is reported as
 // a column count error rather than read.
-size_t HxCSV::pickField(int position, int rowIndex, bool ignoreColumnCount) const
+size_t Parse::pickField(int position, int columnIndex, int rowIndex, bool ignoreColumnCount) const
 {
     const long long count = static_cast<long long>(fields.size());
-    const int columnIndex = columns[position].columnIndex;
     const int index = (ignoreColumnCount && count <= position) ? 0 : columnIndex;
     if (index >= count)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
@@ -402,14 +252,14 @@ size_t HxCSV::pickField(int position, int rowIndex, bool ignoreColumnCount) cons
 }
 
 template <class T>
-T* HxCSV::rawRow(const CSVDataColumn& column, int rowIndex) const
+T* Parse::rawRow(const HxCSV::CSVDataColumn& column, int rowIndex) const
 {
     if (!column.rawData || !*column.rawData || rowIndex < 0 || rowIndex >= storageRows)
         return nullptr;
     return static_cast<T*>(*column.rawData) + rowIndex;
 }
 
-void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
+void Parse::storeTextNumber(const HxCSV::CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
 {
     if (syntax.strtodReadsShortDecimals && fieldIndex < 64 && (shortDecimalFields >> fieldIndex & 1)) {
         // A plain decimal: wholly a number, and no quote to take off.
@@ -426,7 +276,7 @@ void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, siz
     const double value = HxCSVNumbers::strtod(begin, static_cast<size_t>(text.length), &used);
     if (float* row = floatRow(column, rowIndex, storageRows))
         *row = static_cast<float>(value);
-    TextNumberMisses* misses = column.textNumberMisses;
+    HxCSV::TextNumberMisses* misses = column.textNumberMisses;
     if (!misses || wholeNumber(begin, text.length, used))
         return;
     if (misses->count++ == 0) {
@@ -435,7 +285,7 @@ void HxCSV::storeTextNumber(const CSVDataColumn& column, const char* record, siz
     }
 }
 
-void HxCSV::storeText(const CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
+void Parse::storeText(const HxCSV::CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
 {
     if (!column.textRows) {
         store(column.stringData, rowIndex, McString(record + text.begin, text.length));
@@ -460,34 +310,34 @@ void HxCSV::storeText(const CSVDataColumn& column, const char* record, HxCSVFiel
 
 // The value is stored before its conversion is judged, so a failed row keeps
 // 0 where the bad value was.
-void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
+void Parse::storeField(const HxCSV::CSVDataColumn& column, const char* record, size_t fieldIndex, int rowIndex)
 {
     bool ok = true;
     switch (column.storageKind) {
-    case FloatVectorComponent:
+    case HxCSV::FloatVectorComponent:
         storeComponent(column.vec3fData, rowIndex, column.component, storedValue<float>(record, fieldIndex, ok));
         break;
-    case DoubleVectorComponent:
+    case HxCSV::DoubleVectorComponent:
         // Double vectors go through single precision; files rely on it.
         storeComponent(column.vec3dData, rowIndex, column.component,
                        static_cast<double>(static_cast<float>(storedValue<double>(record, fieldIndex, ok))));
         break;
-    case Float: {
+    case HxCSV::Float: {
         const float value = storedValue<float>(record, fieldIndex, ok);
         if (float* row = floatRow(column, rowIndex, storageRows))
             *row = value;
         break;
     }
-    case Double:
+    case HxCSV::Double:
         store(column.doubleData, rowIndex, storedValue<double>(record, fieldIndex, ok));
         break;
-    case Text:
+    case HxCSV::Text:
         storeText(column, record, textOf(record, fields[fieldIndex]), rowIndex);
         break;
-    case TextNumber:
+    case HxCSV::TextNumber:
         storeTextNumber(column, record, fieldIndex, rowIndex);
         break;
-    case RawBuffer:
+    case HxCSV::RawBuffer:
         if (column.primType.getType() == McPrimType::MC_FLOAT) {
             const float value = storedValue<float>(record, fieldIndex, ok);
             if (float* row = rawRow<float>(column, rowIndex))
@@ -505,3 +355,5 @@ void HxCSV::storeField(const CSVDataColumn& column, const char* record, size_t f
              "Could not convert the column value to a number (line %d, column value %.*s)", rowIndex,
              fields[fieldIndex].length, record + fields[fieldIndex].begin);
 }
+
+} // namespace hxcsv

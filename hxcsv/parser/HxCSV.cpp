@@ -1,8 +1,14 @@
-// HxCSV settings, the header line and the two-pass parse driver.
+// The driver of a parse: HxCSV's settings, the header names and the two
+// passes over the file, the first counting the records, the second storing
+// them. Hands the input block to the readers (PlainRecords.cpp,
+// RecordReader.cpp) and each record they read to Rows.cpp.
 #include "HxCSV.h"
 
 #include "HxCSVInput.h"
+#include "LineInput.h"
+#include "Parse.h"
 
+#include <cstdarg>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -14,24 +20,11 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
-// One physical line without its line end, as fgets reads it: at most
-// size - 1 bytes, so a longer line comes back in pieces. NUL ends the text.
-// Its length, or -1 at end of file.
-int fgetline(HxCSVInput& input, char* buffer, int size)
-{
-    if (!input.getPiece(buffer, size))
-        return -1;
-    size_t n = std::strlen(buffer);
-    while (n > 0 && (buffer[n - 1] == '\r' || buffer[n - 1] == '\n'))
-        buffer[--n] = '\0';
-    return static_cast<int>(n);
-}
-
 void skipLines(HxCSVInput& input, long long n)
 {
     char line[HxCSV::lineBufferSize];
     for (long long i = 0; i < n; ++i)
-        if (fgetline(input, line, sizeof line) < 0)
+        if (hxcsv::readLine(input, line, sizeof line) < 0)
             return;
 }
 
@@ -67,7 +60,60 @@ std::string cleanHeaderLine(const char* line)
     return text;
 }
 
+FILE* openFile(const char* name)
+{
+    FILE* file = std::fopen(name, "rb");
+    if (!file)
+        hxcsv::fail(CSVException::OpenFailed, "Could not open the file (%s)", name);
+    return file;
+}
+
+// The header is split at the delimiter's first character, empty names
+// included, even where data rows are split differently.
+void readHeader(HxCSV& csv, HxCSVInput& input)
+{
+    char line[HxCSV::lineBufferSize];
+    csv.columnNames.clear();
+    if (hxcsv::readLine(input, line, sizeof line) >= 0) {
+        McString(cleanHeaderLine(line).c_str()).explode((*csv.columnDelimiter)[0], csv.columnNames);
+        for (McString& name : csv.columnNames)
+            name = trimBlanks(name);
+    }
+    input.rewind();
+}
+
+// Blank lines count here; comment and delimiter lines are recognised by the
+// whole marker, ignoring case.
+int countPlainLines(const HxCSV& csv, HxCSVInput& input)
+{
+    char line[HxCSV::lineBufferSize];
+    int count = 0;
+    while (input.getPiece(line, sizeof line))
+        if (!startsWithNoCase(line, *csv.commentMarker) && !startsWithNoCase(line, *csv.verticalDelimiter))
+            ++count;
+    return count;
+}
+
 } // namespace
+
+namespace hxcsv {
+
+// The message is sized to fit, so a long field value is shown whole.
+void fail(CSVException::Error code, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    std::string text(length > 0 ? static_cast<size_t>(length) : 0, '\0');
+    std::vsnprintf(&text[0], text.size() + 1, format, again);
+    va_end(again);
+    throw CSVException(text.c_str(), code);
+}
+
+} // namespace hxcsv
 
 CSVException::CSVException(const char* message, Error code)
     : message(message ? message : ""), code(code)
@@ -77,7 +123,8 @@ CSVException::CSVException(const char* message, Error code)
 HxCSV::HxCSV()
     : commentMarker(new McString("")),
       verticalDelimiter(new McString("")),
-      columnDelimiter(new McString(" "))
+      columnDelimiter(new McString(" ")),
+      d(new hxcsv::Parse(*this))
 {
 }
 
@@ -139,14 +186,6 @@ McString HxCSV::getColumnName(int i)
     return columnNames[i];
 }
 
-FILE* HxCSV::openFile(const char* name)
-{
-    FILE* file = std::fopen(name, "rb");
-    if (!file)
-        fail(CSVException::OpenFailed, "Could not open the file (%s)", name);
-    return file;
-}
-
 // Two passes: the first counts the records, so that every array is sized
 // once, the second fills them.
 int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
@@ -158,9 +197,9 @@ int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
     {
         HxCSVInput input(file.get());
         if (firstRowContainsColumnNames)
-            readHeader(input);
+            readHeader(*this, input);
         skipLines(input, dataStartLineNum - 1LL);
-        count = plainLines ? countPlainLines(input) : countRecords(input);
+        count = plainLines ? countPlainLines(*this, input) : d->countRecords(input);
     }
     file.reset();
     file.reset(openFile(name));
@@ -169,76 +208,52 @@ int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
     if (rowsCounted)
         rowsCounted(count);
     resizeDataStorage(count);
-    readRows(input, count, ignoreColumnCount, plainLines);
+    d->readRows(input, count, ignoreColumnCount, plainLines);
     return 1;
 }
 
-// The header is split at the delimiter's first character, empty names
-// included, even where data rows are split differently.
-void HxCSV::readHeader(HxCSVInput& input)
-{
-    char line[lineBufferSize];
-    columnNames.clear();
-    if (fgetline(input, line, sizeof line) >= 0) {
-        McString(cleanHeaderLine(line).c_str()).explode((*columnDelimiter)[0], columnNames);
-        for (McString& name : columnNames)
-            name = trimBlanks(name);
-    }
-    input.rewind();
-}
+namespace hxcsv {
 
 // Both passes start from a fresh reader state so that they see the same
 // records; a re-join made while counting is made again while reading.
-void HxCSV::resetRecordState(bool counting)
+void Parse::resetRecordState(bool counting)
 {
-    joinedRecordCount = 0;
-    recordContinued = false;
+    csv.joinedRecordCount = 0;
+    csv.recordContinued = false;
     fieldsOfRecordRead = false;
     prepareRecordSyntax(counting);
 }
 
-int HxCSV::countRecords(HxCSVInput& input)
+int Parse::countRecords(HxCSVInput& input)
 {
     resetRecordState(true);
-    char record[lineBufferSize + lineBufferPadding] = {};
+    RecordBuffer record = {};
     int count = 0;
     while (readRecord(input, record, count) != -1) {
     }
     return count;
 }
 
-// Blank lines count here; comment and delimiter lines are recognised by the
-// whole marker, ignoring case.
-int HxCSV::countPlainLines(HxCSVInput& input)
-{
-    char line[lineBufferSize];
-    int count = 0;
-    while (input.getPiece(line, sizeof line))
-        if (!startsWithNoCase(line, *commentMarker) && !startsWithNoCase(line, *verticalDelimiter))
-            ++count;
-    return count;
-}
-
 // The record's length, or -1 at end of file.
-int HxCSV::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
+int Parse::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
 {
     if (plainLines)
-        return fgetline(input, buffer, lineBufferSize);
+        return readLine(input, buffer, HxCSV::lineBufferSize);
     return readRecord(input, buffer, recordsRead);
 }
 
 // Only the record's first character is compared with the marker's here.
-bool HxCSV::startsComment(const char* record) const
+bool Parse::startsComment(const char* record) const
 {
-    return !commentMarker->isEmpty() && record[0] == (*commentMarker)[0];
+    return !csv.commentMarker->isEmpty() && record[0] == (*csv.commentMarker)[0];
 }
 
-void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
+void Parse::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
 {
     resetRecordState(false);
-    char buffer[lineBufferSize + lineBufferPadding] = {};
+    RecordBuffer buffer = {};
     int recordsRead = 0;
-    long long lineNumber = dataStartLineNum - 1LL;
+    long long lineNumber = csv.dataStartLineNum - 1LL;
     for (int row = 0; row < count;) {
         if (!plainLines) {
             row = storePlainRows(input, buffer, row, count, ignoreColumnCount, lineNumber, recordsRead);
@@ -248,10 +263,12 @@ void HxCSV::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool 
         ++lineNumber;
         const int length = readOneRecord(input, buffer, plainLines, recordsRead);
         if (length < 0)
-            HxCSV::fail(CSVException::BadValue, "Unexpected end of file (line %lld)", lineNumber);
+            fail(CSVException::BadValue, "Unexpected end of file (line %lld)", lineNumber);
         if (startsComment(buffer))
             continue;
         if (processRecord(buffer, length, row, ignoreColumnCount) != -2)
             ++row;
     }
 }
+
+} // namespace hxcsv

@@ -1,4 +1,7 @@
 #pragma once
+// Field splitting: a record's bytes split into fields (begin, length),
+// where the record reader did not note them as it read; for its test of a
+// record's numbers and for the row conversion (Rows.cpp).
 #include <cstring>
 #include <string>
 #include <vector>

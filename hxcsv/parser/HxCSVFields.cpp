@@ -1,8 +1,12 @@
+// Field splitting by hand where the delimiter allows it, else by the
+// pattern that defines it.
 #include "HxCSVFields.h"
 
 #include <cstring>
 
 #include <QString>
+
+#include "Latin1.h"
 
 namespace {
 
@@ -16,12 +20,6 @@ int countQuotes(const char* record, int length)
     return quotes;
 }
 
-// QChar::isSpace over Latin-1, which is what "\s" matches.
-bool isLatin1Space(int c)
-{
-    return (c >= 9 && c <= 13) || c == ' ' || c == 0x85 || c == 0xA0;
-}
-
 } // namespace
 
 HxCSVFieldSplitter::HxCSVFieldSplitter(const std::string& delimiter) : delimiterText(delimiter)
@@ -33,7 +31,7 @@ HxCSVFieldSplitter::HxCSVFieldSplitter(const std::string& delimiter) : delimiter
         if (!whiteSpace)
             single = static_cast<unsigned char>(delimiter[0]);
         for (int c = 0; c < 256; ++c)
-            isDelimiter[c] = whiteSpace ? isLatin1Space(c) : c == static_cast<unsigned char>(delimiter[0]);
+            isDelimiter[c] = whiteSpace ? hxcsv::isLatin1Space(c) : c == static_cast<unsigned char>(delimiter[0]);
         return;
     }
     pattern = QRegExp(QRegExp::escape(text) + QLatin1String("+(?=(?:[^\"]*\"[^\"]*\")*(?![^\"]*\"))"), Qt::CaseSensitive,

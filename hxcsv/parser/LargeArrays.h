@@ -1,4 +1,6 @@
 #pragma once
+// Storage for large targets, sized once: used where Bindings.cpp sizes the
+// parser's targets and where the importers size their own.
 #include <algorithm>
 #include <cstddef>
 

@@ -1,3 +1,4 @@
+// Huge pages for large targets.
 #include "LargeArrays.h"
 
 #include <cstdint>
