@@ -27,6 +27,7 @@ public:
         OpenFailed = 0,  // "Could not open the file (%s)"
         ColumnCount = 2, // "Unexpected number of columns (line %d)"
         BadValue = 3,    // a value that is not a number, or an early end of file
+        Stopped = 4,     // "Stopped": the progress handler asked to stop
     };
 
     // A null message gives an empty text.
@@ -182,6 +183,12 @@ public:
     // Called by parse with the number of rows once they are counted, before
     // any target is sized or any row stored.
     std::function<void(int rows)> rowsCounted;
+
+    // Called now and then while parse reads (about every 4 MiB) with the
+    // share of the work done, 0 to 1; the two passes over the file weigh
+    // alike, by the bytes they read. Returning false stops the parse, which
+    // throws CSVException with the code Stopped.
+    std::function<bool(double done)> progress;
 
     // Sizes every target to rows (negative counts as 0); numbers and raw
     // buffers are cleared to 0, vector elements are left as they are.

@@ -10,6 +10,7 @@
 #include "HxMessage.h"
 #include "HxCSVUtils.h"
 #include "HxParameter.h"
+#include "ImportProgress.h"
 #include "QxCSVImport.h"
 
 namespace hxcsv {
@@ -36,11 +37,17 @@ void attachLoadCommand(HxData* data, const McString& command)
 
 bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount)
 {
+    ImportProgress reading(fileName, 0);
+    csv.progress = [&reading](double share) { return reading.shareDone(share); };
     try {
         csv.parse(ignoreColumnCount, false);
+        reading.finish();
         return true;
     } catch (const CSVException& e) {
-        reportImportError(fileName, e.message.toQString());
+        if (e.code == CSVException::Stopped)
+            reading.reportStopped();
+        else
+            reportImportError(fileName, e.message.toQString());
         return false;
     }
 }

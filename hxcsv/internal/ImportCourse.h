@@ -60,8 +60,9 @@ int readCSV(const char* entry, int argc, const char** argv)
 // one. Nothing happens without data.
 void attachLoadCommand(HxData* data, const McString& command);
 
-// Runs the parse. False after a parse error, which goes to the console as
-// "<file>: <parser message>".
+// Runs the parse, its progress shown by the host. False after a parse
+// error, which goes to the console as "<file>: <parser message>", or when
+// the user stopped it ("import of <file> stopped at N %").
 bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount);
 
 // Puts an import failure on the console as "<file>: <text>".

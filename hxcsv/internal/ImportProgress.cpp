@@ -20,10 +20,15 @@ ImportProgress::~ImportProgress()
 bool ImportProgress::report(long long done)
 {
     nextReport = done + reportEvery;
-    if (total > 0) {
-        fraction = std::fmin(1.0, static_cast<double>(done) / static_cast<double>(total));
-        theProgress->setFraction(fraction);
-    }
+    if (total > 0)
+        return shareDone(static_cast<double>(done) / static_cast<double>(total));
+    return !theProgress->stopRequested();
+}
+
+bool ImportProgress::shareDone(double share)
+{
+    fraction = std::fmax(fraction, std::fmin(1.0, share));
+    theProgress->setFraction(fraction);
     return !theProgress->stopRequested();
 }
 

@@ -25,6 +25,9 @@ public:
     {
         return done < nextReport || report(done);
     }
+    // For readers that count their own way: the share done, 0 to 1; false
+    // when the user asked to stop.
+    bool shareDone(double share);
     // The work is complete: 100 %.
     void finish();
     // "import of FILE stopped at 37 %" on the console.

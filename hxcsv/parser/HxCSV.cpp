@@ -8,8 +8,11 @@
 #include "LineInput.h"
 #include "Parse.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstring>
+
+#include <sys/stat.h>
 #include <memory>
 #include <string>
 
@@ -19,6 +22,27 @@ struct FileCloser {
     void operator()(FILE* file) const { std::fclose(file); }
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+// Bytes between two calls of the progress handler.
+const long long progressStep = 4 << 20;
+
+// Has the input hand the progress handler the share of the work done, pass
+// 0 (counting) or 1 (storing) being half of it each.
+void watchProgress(const HxCSV& csv, HxCSVInput& input, FILE* file, int pass)
+{
+    struct stat status;
+    if (!csv.progress || fstat(fileno(file), &status) != 0 || status.st_size <= 0)
+        return;
+    const double total = static_cast<double>(status.st_size);
+    long long next = 0;
+    input.onBlockRead = [&csv, total, pass, next](long long read) mutable {
+        if (read < next)
+            return;
+        next = read + progressStep;
+        if (!csv.progress(0.5 * (pass + std::min(1.0, static_cast<double>(read) / total))))
+            hxcsv::fail(CSVException::Stopped, "Stopped");
+    };
+}
 
 void skipLines(HxCSVInput& input, long long n)
 {
@@ -196,6 +220,7 @@ int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
     int count = 0;
     {
         HxCSVInput input(file.get());
+        watchProgress(*this, input, file.get(), 0);
         if (firstRowContainsColumnNames)
             readHeader(*this, input);
         skipLines(input, dataStartLineNum - 1LL);
@@ -204,6 +229,7 @@ int HxCSV::parse(bool ignoreColumnCount, bool plainLines)
     file.reset();
     file.reset(openFile(name));
     HxCSVInput input(file.get());
+    watchProgress(*this, input, file.get(), 1);
     skipLines(input, dataStartLineNum - 1LL);
     if (rowsCounted)
         rowsCounted(count);

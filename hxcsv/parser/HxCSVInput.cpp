@@ -35,6 +35,9 @@ bool HxCSVInput::refill()
     const size_t n = std::fread(block.get(), 1, blockSize, file);
     next = block.get();
     end = next + n;
+    bytesRead += static_cast<long long>(n);
+    if (n > 0 && onBlockRead)
+        onBlockRead(bytesRead);
     return n > 0;
 }
 
@@ -66,4 +69,5 @@ void HxCSVInput::rewind()
 {
     std::rewind(file);
     next = end = block.get();
+    bytesRead = 0;
 }

@@ -4,6 +4,7 @@
 // record readers.
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <memory>
 
 #include "api.h"
@@ -42,6 +43,11 @@ public:
     // Back to the start of the file.
     void rewind();
 
+    // Called after each block read with the bytes read since the start (or
+    // the last rewind); it may throw to end the reading, as a stop request
+    // does.
+    std::function<void(long long bytesRead)> onBlockRead;
+
     // The bytes read but not yet taken, for scanning many at once; take
     // them with skipTo. Empty only at the end of the file.
     const char* available()
@@ -65,4 +71,5 @@ private:
     std::unique_ptr<char[]> block;
     const char* next;
     const char* end;
+    long long bytesRead = 0;
 };
