@@ -81,16 +81,20 @@ ExitStatus Host::load(const std::vector<std::string>& words, const std::string& 
         return ExitFailed;
     }
     const size_t before = HxObjectPool::instance()->objects().size();
+    mConsole.beginLoad();
     int result = 0;
     try {
         result = opt->entry(static_cast<int>(argv.size()), argv.data());
     } catch (const std::exception& e) {
         report("hxhost: the reader for -" + option + " failed: " + e.what());
+        mConsole.endLoad();
         return ExitFailed;
     } catch (...) {
         report("hxhost: the reader for -" + option + " failed with an unknown exception");
+        mConsole.endLoad();
         return ExitFailed;
     }
+    mConsole.endLoad();
     announceNewObjects(before);
     if (result != 1) {
         report("hxhost: " + where + ": load -" + option + " " + words[2] + " created nothing");

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Console.h"
 #include "PackageLoader.h"
 
 namespace hxhost {
@@ -20,8 +21,8 @@ inline ExitStatus worse(ExitStatus a, ExitStatus b)
 // which calls the option's reader entry with argv = {FILE, ARGS...}.
 class Host {
 public:
-    Host(const PackageLoader& packages, bool hasDisplay)
-        : mPackages(packages), mHasDisplay(hasDisplay) {}
+    Host(const PackageLoader& packages, Console& console, bool hasDisplay)
+        : mPackages(packages), mConsole(console), mHasDisplay(hasDisplay) {}
 
     // Runs one command line; `where` names its origin for messages
     // ("-c", "script.hx:3"). Blank lines and '#' comment lines do nothing.
@@ -32,6 +33,7 @@ public:
 private:
     ExitStatus load(const std::vector<std::string>& words, const std::string& where);
     const PackageLoader& mPackages;
+    Console& mConsole;
     bool mHasDisplay;
 };
 

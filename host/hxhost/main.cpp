@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "ConsoleText.h"
 #include "Host.h"
 #include "HxData.h"
 #include "HxMessage.h"
@@ -20,7 +21,7 @@ using namespace hxhost;
 
 static const char* kUsage =
     "usage: hxhost [-c COMMAND]... [SCRIPT...] [--json FILE|-] [--export DIR]\n"
-    "              [--packages DIR] [--list] [--help]\n"
+    "              [--packages DIR] [--list] [--all-messages] [--help]\n"
     "\n"
     "Loads every package from the package folder, runs the commands in the\n"
     "order given (-c commands and script files, one command per line, '#'\n"
@@ -36,6 +37,8 @@ static const char* kUsage =
     "  --export DIR    write each object as a VTK XML file into DIR\n"
     "  --packages DIR  the package folder (default: ../lib beside hxhost)\n"
     "  --list          list the loaded packages and their load options\n"
+    "  --all-messages  show every console message (by default a load shows 20\n"
+    "                  of each kind and counts the rest)\n"
     "  --help          show this text\n"
     "\n"
     "Exit status: 0 all commands succeeded, 1 an import failed, 2 usage error.\n";
@@ -54,11 +57,12 @@ struct Options {
     std::string packageDir;
     bool list = false;
     bool help = false;
+    bool allMessages = false;
 };
 
 int usageError(const std::string& text)
 {
-    std::fprintf(stderr, "hxhost: %s\n(hxhost --help shows the usage)\n", text.c_str());
+    std::fprintf(stderr, "hxhost: %s\n(hxhost --help shows the usage)\n", escapeForConsole(text).c_str());
     return ExitUsage;
 }
 
@@ -77,6 +81,8 @@ int parseArguments(int argc, char** argv, Options& opts)
             opts.help = true;
         } else if (a == "--list") {
             opts.list = true;
+        } else if (a == "--all-messages") {
+            opts.allMessages = true;
         } else if (a == "-c") {
             Options::Step step{false, {}};
             if (!value(step.text))
@@ -140,16 +146,18 @@ bool loadPackages(PackageLoader& packages, std::string& packageDir)
 
 void listPackages(const PackageLoader& packages, const std::string& packageDir)
 {
+    const auto shown = [](const std::string& text) { return escapeForConsole(text); };
     for (const Package& p : packages.packages()) {
-        std::printf("package %s %s (%s, built %s with %s)\n", p.info->name, p.info->version,
-                    p.path.c_str(), p.info->buildDate, p.info->compiler);
+        std::printf("package %s %s (%s, built %s with %s)\n", shown(p.info->name).c_str(),
+                    shown(p.info->version).c_str(), shown(p.path).c_str(), shown(p.info->buildDate).c_str(),
+                    shown(p.info->compiler).c_str());
         for (const LoadOption& o : packages.options())
             if (o.package == p.name)
-                std::printf("  load -%-28s %-22s %s\n", o.option.c_str(), o.dataKind.c_str(),
-                            o.description.c_str());
+                std::printf("  load -%-28s %-22s %s\n", shown(o.option).c_str(), shown(o.dataKind).c_str(),
+                            shown(o.description).c_str());
     }
     if (packages.packages().empty())
-        std::printf("no packages in %s\n", packageDir.c_str());
+        std::printf("no packages in %s\n", shown(packageDir).c_str());
 }
 
 // The worst status of the steps; the first usage error stops the run.
@@ -173,7 +181,7 @@ ExitStatus writeJsonFile(const std::string& path, const std::vector<HxData*>& ob
         ok = std::fclose(out) == 0 && ok;
     if (ok)
         return ExitOk;
-    std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", path.c_str());
+    std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", escapeForConsole(path).c_str());
     return ExitFailed;
 }
 
@@ -209,13 +217,15 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const bool hasDisplay = platformHasDisplay();
     HxApplication::instance()->setInteractive(hasDisplay);
+    Console console(opts.allMessages);
+    console.install();
 
     PackageLoader packages;
     ExitStatus status = loadPackages(packages, opts.packageDir) ? ExitOk : ExitFailed;
     if (opts.list)
         listPackages(packages, opts.packageDir);
 
-    Host host(packages, hasDisplay);
+    Host host(packages, console, hasDisplay);
     const ExitStatus ran = runSteps(host, opts.steps);
     if (ran == ExitUsage)
         return ExitUsage;

@@ -1,0 +1,57 @@
+// hxhost's console on stderr: the package's messages and hxhost's own lines,
+// escaped, with repeats capped.
+#pragma once
+#include <QHash>
+#include <QString>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "HxMessage.h"
+
+namespace hxhost {
+
+class Console {
+public:
+    using Writer = std::function<void(const std::string& bytes)>;
+    // Messages of one kind shown within one load; the rest are counted.
+    static constexpr int kShownPerKind = 20;
+
+    // allMessages shows every message, however often its kind repeats.
+    explicit Console(bool allMessages, Writer write = writeToStderr);
+    ~Console();
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    // Makes this console echo theMsg's messages, until it is destroyed.
+    void install();
+
+    // A message as the console shows it: escaped, unless its kind has been
+    // shown kShownPerKind times in this load.
+    void message(HxMessage::Level level, const QString& text);
+    // A line of hxhost's own that is not a message (not in the JSON).
+    void print(const QString& line);
+
+    // A load's messages are capped by kind; its end says how many of each
+    // kind were not shown.
+    void beginLoad();
+    void endLoad();
+
+    static void writeToStderr(const std::string& bytes);
+
+private:
+    struct Kind {
+        QString firstText;
+        long long count;
+    };
+    void writeLine(const std::string& bytes);
+
+    bool mAllMessages;
+    Writer mWrite;
+    bool mInstalled = false;
+    bool mInLoad = false;
+    QHash<QString, int> mKindIndex;
+    std::vector<Kind> mKinds; // in the order of their first message
+};
+
+} // namespace hxhost
