@@ -33,6 +33,8 @@ void Console::writeLine(const std::string& bytes)
 
 void Console::message(HxMessage::Level level, const QString& text)
 {
+    if (mQuiet)
+        return;
     if (mInLoad && !mAllMessages) {
         // The level is part of the kind: an error never hides behind an info.
         const QString key = QString::number(level) + messageKind(text);
@@ -50,6 +52,14 @@ void Console::message(HxMessage::Level level, const QString& text)
 void Console::print(const QString& line)
 {
     writeLine(escapeForConsole(line));
+}
+
+void Console::infoShownAs(const QString& text, const QString& shown)
+{
+    mQuiet = true;
+    theMsg->printf(text);
+    mQuiet = false;
+    print(shown);
 }
 
 void Console::beginLoad()

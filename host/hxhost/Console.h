@@ -31,6 +31,8 @@ public:
     void message(HxMessage::Level level, const QString& text);
     // A line of hxhost's own that is not a message (not in the JSON).
     void print(const QString& line);
+    // Keeps text as an info message but shows `shown` in its place.
+    void infoShownAs(const QString& text, const QString& shown);
 
     // A load's messages are capped by kind; its end says how many of each
     // kind were not shown.
@@ -49,6 +51,7 @@ private:
     bool mAllMessages;
     Writer mWrite;
     bool mInstalled = false;
+    bool mQuiet = false;
     bool mInLoad = false;
     QHash<QString, int> mKindIndex;
     std::vector<Kind> mKinds; // in the order of their first message

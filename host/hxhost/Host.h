@@ -1,5 +1,6 @@
 // The commands hxhost runs, from -c options and script files.
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,13 +17,20 @@ inline ExitStatus worse(ExitStatus a, ExitStatus b)
     return a > b ? a : b;
 }
 
+struct HostSettings {
+    // Qt has a screen for the readers' dialogs.
+    bool hasDisplay = false;
+    // A load that puts an error on the console fails, whatever its reader returns.
+    bool strict = false;
+};
+
 // Runs host commands against the loaded packages. The only command is
 //   load -OPTION FILE [ARGS...]
 // which calls the option's reader entry with argv = {FILE, ARGS...}.
 class Host {
 public:
-    Host(const PackageLoader& packages, Console& console, bool hasDisplay)
-        : mPackages(packages), mConsole(console), mHasDisplay(hasDisplay) {}
+    Host(const PackageLoader& packages, Console& console, const HostSettings& settings)
+        : mPackages(packages), mConsole(console), mSettings(settings) {}
 
     // Runs one command line; `where` names its origin for messages
     // ("-c", "script.hx:3"). Blank lines and '#' comment lines do nothing.
@@ -32,9 +40,13 @@ public:
 
 private:
     ExitStatus load(const std::vector<std::string>& words, const std::string& where);
+    ExitStatus runReader(const LoadOption& opt, const std::vector<std::string>& words, const std::string& where);
+    std::optional<int> callReader(const LoadOption& opt, const std::vector<std::string>& words);
+    void announceNewObjects(size_t from, const std::vector<std::string>& words, double seconds);
+
     const PackageLoader& mPackages;
     Console& mConsole;
-    bool mHasDisplay;
+    HostSettings mSettings;
 };
 
 } // namespace hxhost

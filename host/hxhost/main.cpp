@@ -21,7 +21,8 @@ using namespace hxhost;
 
 static const char* kUsage =
     "usage: hxhost [-c COMMAND]... [SCRIPT...] [--json FILE|-] [--export DIR]\n"
-    "              [--packages DIR] [--list] [--all-messages] [--help]\n"
+    "              [--packages DIR] [--list] [--all-messages] [--strict]\n"
+    "              [--help]\n"
     "\n"
     "Loads every package from the package folder, runs the commands in the\n"
     "order given (-c commands and script files, one command per line, '#'\n"
@@ -39,6 +40,7 @@ static const char* kUsage =
     "  --list          list the loaded packages and their load options\n"
     "  --all-messages  show every console message (by default a load shows 20\n"
     "                  of each kind and counts the rest)\n"
+    "  --strict        fail a load that puts an error on the console\n"
     "  --help          show this text\n"
     "\n"
     "Exit status: 0 all commands succeeded, 1 an import failed, 2 usage error.\n";
@@ -58,6 +60,7 @@ struct Options {
     bool list = false;
     bool help = false;
     bool allMessages = false;
+    bool strict = false;
 };
 
 int usageError(const std::string& text)
@@ -66,9 +69,31 @@ int usageError(const std::string& text)
     return ExitUsage;
 }
 
+// The options that only switch something on.
+bool parseFlag(const std::string& a, Options& opts)
+{
+    const std::pair<const char*, bool Options::*> flags[] = {
+        {"-h", &Options::help},
+        {"--help", &Options::help},
+        {"--list", &Options::list},
+        {"--all-messages", &Options::allMessages},
+        {"--strict", &Options::strict},
+    };
+    for (const auto& [name, member] : flags)
+        if (a == name) {
+            opts.*member = true;
+            return true;
+        }
+    return false;
+}
+
 // Returns -1 when the arguments are fine, else the exit status.
 int parseArguments(int argc, char** argv, Options& opts)
 {
+    if (argc < 2) {
+        std::fputs(kUsage, stderr);
+        return ExitUsage;
+    }
     for (int i = 1; i < argc; ++i) {
         std::string a = argv[i];
         auto value = [&](std::string& target) {
@@ -77,13 +102,9 @@ int parseArguments(int argc, char** argv, Options& opts)
             target = argv[++i];
             return true;
         };
-        if (a == "-h" || a == "--help") {
-            opts.help = true;
-        } else if (a == "--list") {
-            opts.list = true;
-        } else if (a == "--all-messages") {
-            opts.allMessages = true;
-        } else if (a == "-c") {
+        if (parseFlag(a, opts))
+            continue;
+        if (a == "-c") {
             Options::Step step{false, {}};
             if (!value(step.text))
                 return usageError("-c needs a command");
@@ -225,7 +246,7 @@ int main(int argc, char** argv)
     if (opts.list)
         listPackages(packages, opts.packageDir);
 
-    Host host(packages, console, hasDisplay);
+    Host host(packages, console, HostSettings{hasDisplay, opts.strict});
     const ExitStatus ran = runSteps(host, opts.steps);
     if (ran == ExitUsage)
         return ExitUsage;

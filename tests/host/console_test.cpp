@@ -1,8 +1,10 @@
-// What hxhost shows on the console: escaped texts, repeats capped by kind.
+// What hxhost shows on the console: escaped texts, repeats capped by kind,
+// the line about each created object and the notice on a replay's LoadCmd.
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include "ConsoleText.h"
@@ -120,4 +122,67 @@ TEST(Console, EscapesEveryLine)
             EXPECT_EQ(r.objects()[0].toObject().value("name").toString(), name);
         }
     }
+}
+
+TEST(Console, StrictFailsALoadThatPrintedAnError)
+{
+    const struct {
+        const char* command;
+        int status, strictStatus;
+    } cases[] = {
+        {"load -fake_echo a.csv \"error: no luck\" -dataOnly", 0, 1},
+        {"load -fake_echo a.csv -dataOnly", 0, 0},
+        {"load -fake_echo a.csv fail -dataOnly", 1, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        EXPECT_EQ(runHxhost(QStringList(kFake) << "-c" << c.command).exitCode, c.status);
+        HostRun strict = runHxhost(QStringList(kFake) << "--strict" << "-c" << c.command);
+        EXPECT_EQ(strict.exitCode, c.strictStatus) << strict.err.constData();
+        EXPECT_EQ(strict.err.contains("(--strict)"), c.status != c.strictStatus) << strict.err.constData();
+    }
+}
+
+// The examples' replays: a line about each object, and a notice where the
+// object's LoadCmd is not the replayed command.
+TEST(Console, SummarizesObjectsAndFlagsRebuiltLoadCommands)
+{
+    QFile script(QStringLiteral(HX_SOURCE_DIR "/examples/examples.hx"));
+    ASSERT_TRUE(script.open(QIODevice::ReadOnly));
+    QStringList args;
+    for (QString line : QString::fromUtf8(script.readAll()).split('\n'))
+        if (line.startsWith("load"))
+            args << "-c" << line.replace("\"examples/", "\"" HX_SOURCE_DIR "/examples/");
+    HostRun r = runHxhost(args);
+    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
+    const struct {
+        const char* summary;
+        bool notice;
+    } cases[] = {
+        {"  HxUniformScalarField3: 32x24x16 nodes, 1 value per node, float; bounding box [0, 15.5] x [0, 11.5] x "
+         "[0, 7.5]; ", false},
+        {"  HxCluster: 3000 points, 2 data columns (intensity, return), 1 label column (class); bounds [", true},
+        {"  HxLineSet: 6 lines, 315 vertices, 1 data value per vertex; bounds [", true},
+    };
+    const QStringList lines = QString::fromUtf8(r.err).split('\n');
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.summary);
+        const int i = lines.indexOf(QRegularExpression(QRegularExpression::escape(c.summary) + ".*[0-9]+\\.[0-9]{3} s"));
+        ASSERT_GT(i, 0) << r.err.constData();
+        EXPECT_TRUE(lines[i - 1].startsWith("created")) << r.err.constData();
+        EXPECT_TRUE(lines[i + 1].startsWith("  LoadCmd: load")) << r.err.constData();
+        EXPECT_EQ(lines[i + 1].endsWith(" -dataOnly (differs from the command that was run: rebuilt from the "
+                                        "importer's defaults, it may not replay this import)"),
+                  c.notice);
+    }
+    // The JSON keeps the LoadCmd message without the notice.
+    EXPECT_FALSE(QJsonDocument(r.json).toJson().contains("differs"));
+}
+
+TEST(Console, WithoutArgumentsShowsTheUsage)
+{
+    HostRun r = runHxhost({}, false);
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_TRUE(r.err.startsWith("usage: hxhost")) << r.err.constData();
+    EXPECT_TRUE(r.out.isEmpty());
 }

@@ -16,12 +16,16 @@ HX_PACKAGE_ENTRY const HxPackageInfo* quenzpackage_fakepkg()
     return &info;
 }
 
-// Prints its arguments, one console line each; fails when one is "fail".
+// Prints its arguments, one console line each (an error line for one that
+// starts with "error"); fails when one is "fail".
 HX_PACKAGE_ENTRY int hxReadFakeEcho(int argc, const char** argv)
 {
     int result = 1;
     for (int i = 0; i < argc; ++i) {
-        theMsg->printf("arg[%d]=<%s>", i, argv[i]);
+        if (std::strncmp(argv[i], "error", 5) == 0)
+            theMsg->error(QString::fromUtf8(argv[i]));
+        else
+            theMsg->printf("arg[%d]=<%s>", i, argv[i]);
         if (std::strcmp(argv[i], "fail") == 0)
             result = 0;
     }
