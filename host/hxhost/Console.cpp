@@ -28,7 +28,11 @@ void Console::writeToStderr(const std::string& bytes)
 
 void Console::writeLine(const std::string& bytes)
 {
+    if (mStatusLine)
+        mStatusLine->hide();
     mWrite(bytes + '\n');
+    if (mStatusLine)
+        mStatusLine->show();
 }
 
 void Console::message(HxMessage::Level level, const QString& text)

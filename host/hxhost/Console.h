@@ -1,5 +1,5 @@
 // hxhost's console on stderr: the package's messages and hxhost's own lines,
-// escaped, with repeats capped.
+// escaped, with repeats capped and a progress bar kept below them.
 #pragma once
 #include <QHash>
 #include <QString>
@@ -10,6 +10,16 @@
 #include "HxMessage.h"
 
 namespace hxhost {
+
+// A line drawn below the console's output (a progress bar) that the lines
+// printed above it must not garble: it is wiped before each and drawn again.
+class StatusLine {
+public:
+    virtual ~StatusLine() = default;
+    virtual void hide() = 0;
+    // Draws it again, now or, when that would redraw it too often, at its next change.
+    virtual void show() = 0;
+};
 
 class Console {
 public:
@@ -25,6 +35,7 @@ public:
 
     // Makes this console echo theMsg's messages, until it is destroyed.
     void install();
+    void setStatusLine(StatusLine* line) { mStatusLine = line; }
 
     // A message as the console shows it: escaped, unless its kind has been
     // shown kShownPerKind times in this load.
@@ -50,6 +61,7 @@ private:
 
     bool mAllMessages;
     Writer mWrite;
+    StatusLine* mStatusLine = nullptr;
     bool mInstalled = false;
     bool mQuiet = false;
     bool mInLoad = false;

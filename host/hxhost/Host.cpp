@@ -6,10 +6,12 @@
 #include <chrono>
 #include <exception>
 #include <fstream>
+#include <sys/stat.h>
 
 #include "CommandLine.h"
 #include "HxData.h"
 #include "HxMessage.h"
+#include "Interrupt.h"
 #include "ObjectSummary.h"
 
 namespace hxhost {
@@ -26,6 +28,8 @@ static bool isReplay(const std::vector<std::string>& words)
 
 ExitStatus Host::runCommand(const std::string& line, const std::string& where)
 {
+    if (interruptRequested())
+        return skipped();
     size_t first = line.find_first_not_of(" \t\r");
     if (first == std::string::npos || line[first] == '#')
         return ExitOk;
@@ -41,6 +45,14 @@ ExitStatus Host::runCommand(const std::string& line, const std::string& where)
         return load(words, where);
     report("hxhost: " + where + ": unknown command '" + words[0] + "' (the only command is 'load')");
     return ExitUsage;
+}
+
+ExitStatus Host::skipped()
+{
+    if (!mSkipReported)
+        report("hxhost: interrupted: the remaining commands are skipped");
+    mSkipReported = true;
+    return ExitFailed;
 }
 
 // Whether a LoadCmd replays as the command that was run: the same words.
@@ -110,12 +122,29 @@ ExitStatus Host::load(const std::vector<std::string>& words, const std::string& 
     return runReader(*opt, words, where);
 }
 
+// An interactive load shows its progress beside its dialog, a replay on the
+// terminal (its MB/s from the size of the file it names).
+HxProgress::Display* Host::progressDisplay(const std::vector<std::string>& words)
+{
+    if (!isReplay(words)) {
+        if (!mDialogProgress)
+            mDialogProgress = std::make_unique<DialogProgress>();
+        return mDialogProgress.get();
+    }
+    if (mSettings.bar) {
+        struct stat st {};
+        mSettings.bar->expectBytes(stat(words[2].c_str(), &st) == 0 ? st.st_size : 0);
+    }
+    return mSettings.bar;
+}
+
 // The reader's result; none when it threw, which is reported.
 std::optional<int> Host::callReader(const LoadOption& opt, const std::vector<std::string>& words)
 {
     std::vector<const char*> argv;
     for (size_t i = 2; i < words.size(); ++i)
         argv.push_back(words[i].c_str());
+    theProgress->setDisplay(progressDisplay(words));
     std::optional<int> result;
     try {
         result = opt.entry(static_cast<int>(argv.size()), argv.data());
@@ -124,6 +153,7 @@ std::optional<int> Host::callReader(const LoadOption& opt, const std::vector<std
     } catch (...) {
         report("hxhost: the reader for -" + opt.option + " failed with an unknown exception");
     }
+    theProgress->setDisplay(nullptr);
     return result;
 }
 

@@ -1,11 +1,14 @@
 // The commands hxhost runs, from -c options and script files.
 #pragma once
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Console.h"
+#include "DialogProgress.h"
 #include "PackageLoader.h"
+#include "TerminalProgress.h"
 
 namespace hxhost {
 
@@ -22,6 +25,9 @@ struct HostSettings {
     bool hasDisplay = false;
     // A load that puts an error on the console fails, whatever its reader returns.
     bool strict = false;
+    // Shows the progress of replays; null shows none. Interactive loads
+    // show theirs in a progress dialog.
+    TerminalProgress* bar = nullptr;
 };
 
 // Runs host commands against the loaded packages. The only command is
@@ -34,6 +40,7 @@ public:
 
     // Runs one command line; `where` names its origin for messages
     // ("-c", "script.hx:3"). Blank lines and '#' comment lines do nothing.
+    // After a Ctrl-C no command runs: each fails.
     ExitStatus runCommand(const std::string& line, const std::string& where);
     // Runs every line of a script file; stops at the first usage error.
     ExitStatus runScript(const std::string& path);
@@ -42,11 +49,15 @@ private:
     ExitStatus load(const std::vector<std::string>& words, const std::string& where);
     ExitStatus runReader(const LoadOption& opt, const std::vector<std::string>& words, const std::string& where);
     std::optional<int> callReader(const LoadOption& opt, const std::vector<std::string>& words);
+    HxProgress::Display* progressDisplay(const std::vector<std::string>& words);
     void announceNewObjects(size_t from, const std::vector<std::string>& words, double seconds);
+    ExitStatus skipped();
 
     const PackageLoader& mPackages;
     Console& mConsole;
     HostSettings mSettings;
+    std::unique_ptr<DialogProgress> mDialogProgress;
+    bool mSkipReported = false;
 };
 
 } // namespace hxhost

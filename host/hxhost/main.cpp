@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "Host.h"
 #include "HxData.h"
 #include "HxMessage.h"
+#include "Interrupt.h"
 #include "JsonWriter.h"
 #include "PackageLoader.h"
 #include "VtkWriter.h"
@@ -22,7 +25,7 @@ using namespace hxhost;
 static const char* kUsage =
     "usage: hxhost [-c COMMAND]... [SCRIPT...] [--json FILE|-] [--export DIR]\n"
     "              [--packages DIR] [--list] [--all-messages] [--strict]\n"
-    "              [--help]\n"
+    "              [--progress] [--help]\n"
     "\n"
     "Loads every package from the package folder, runs the commands in the\n"
     "order given (-c commands and script files, one command per line, '#'\n"
@@ -41,9 +44,14 @@ static const char* kUsage =
     "  --all-messages  show every console message (by default a load shows 20\n"
     "                  of each kind and counts the rest)\n"
     "  --strict        fail a load that puts an error on the console\n"
+    "  --progress      show the progress bar even when stderr is no terminal\n"
     "  --help          show this text\n"
     "\n"
-    "Exit status: 0 all commands succeeded, 1 an import failed, 2 usage error.\n";
+    "Ctrl-C stops the running import and skips the remaining commands; a\n"
+    "second Ctrl-C quits at once.\n"
+    "\n"
+    "Exit status: 0 all commands succeeded, 1 an import failed or was stopped,\n"
+    "2 usage error.\n";
 
 namespace {
 
@@ -61,6 +69,7 @@ struct Options {
     bool help = false;
     bool allMessages = false;
     bool strict = false;
+    bool progress = false;
 };
 
 int usageError(const std::string& text)
@@ -78,6 +87,7 @@ bool parseFlag(const std::string& a, Options& opts)
         {"--list", &Options::list},
         {"--all-messages", &Options::allMessages},
         {"--strict", &Options::strict},
+        {"--progress", &Options::progress},
     };
     for (const auto& [name, member] : flags)
         if (a == name) {
@@ -221,6 +231,31 @@ ExitStatus writeOutputs(const Options& opts, const std::vector<HxData*>& objects
     return status;
 }
 
+int terminalColumns()
+{
+    struct winsize size {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+// Runs the steps and writes the outputs, with a progress bar on a terminal
+// (or anywhere, when asked for).
+ExitStatus runAndWrite(const Options& opts, const PackageLoader& packages, Console& console, bool hasDisplay)
+{
+    std::unique_ptr<TerminalProgress> bar;
+    if (opts.progress || isatty(STDERR_FILENO)) {
+        bar = std::make_unique<TerminalProgress>(Console::writeToStderr, terminalColumns());
+        console.setStatusLine(bar.get());
+    }
+    Host host(packages, console, HostSettings{hasDisplay, opts.strict, bar.get()});
+    const ExitStatus ran = runSteps(host, opts.steps);
+    console.setStatusLine(nullptr);
+    if (ran == ExitUsage)
+        return ExitUsage;
+    const ExitStatus status = worse(ran, writeOutputs(opts, HxObjectPool::instance()->objects()));
+    // A Ctrl-C after the last command still tells the caller the run was cut short.
+    return interruptRequested() ? worse(status, ExitFailed) : status;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -234,6 +269,7 @@ int main(int argc, char** argv)
         return ExitOk;
     }
 
+    InterruptHandling interrupts;
     prepareEnvironment();
     QApplication app(argc, argv);
     const bool hasDisplay = platformHasDisplay();
@@ -246,12 +282,7 @@ int main(int argc, char** argv)
     if (opts.list)
         listPackages(packages, opts.packageDir);
 
-    Host host(packages, console, HostSettings{hasDisplay, opts.strict});
-    const ExitStatus ran = runSteps(host, opts.steps);
-    if (ran == ExitUsage)
-        return ExitUsage;
-    status = worse(status, ran);
-    status = worse(status, writeOutputs(opts, HxObjectPool::instance()->objects()));
+    status = worse(status, runAndWrite(opts, packages, console, hasDisplay));
     // Objects go before the application so widgets they own die with Qt alive.
     HxObjectPool::instance()->clear();
     return status;

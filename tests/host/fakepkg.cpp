@@ -1,8 +1,10 @@
 // A small package for testing the host: its readers make objects with known
 // values, so the host's JSON and exit statuses can be checked on their own.
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 #include "HxCluster.h"
 #include "HxLineSet.h"
@@ -69,5 +71,15 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
     for (int i = 0; i < 3; ++i)
         s->getData(0)[i] = 0.5f * i;
     HxData::registerData(s, QString::fromLatin1(argv[0]));
+    return 1;
+}
+
+// Sleeps argv[0] seconds without looking for a stop request, as a reader
+// that reports no progress does.
+HX_PACKAGE_ENTRY int hxReadFakeSleep(int, const char** argv)
+{
+    theMsg->printf("sleeping");
+    std::this_thread::sleep_for(std::chrono::seconds(std::atoi(argv[0])));
+    theMsg->printf("slept");
     return 1;
 }
