@@ -4,14 +4,18 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "ConsoleText.h"
 #include "Host.h"
 #include "HxData.h"
 #include "HxMessage.h"
+#include "Interrupt.h"
 #include "JsonWriter.h"
 #include "PackageLoader.h"
 #include "VtkWriter.h"
@@ -20,7 +24,8 @@ using namespace hxhost;
 
 static const char* kUsage =
     "usage: hxhost [-c COMMAND]... [SCRIPT...] [--json FILE|-] [--export DIR]\n"
-    "              [--packages DIR] [--list] [--help]\n"
+    "              [--packages DIR] [--list] [--all-messages] [--strict]\n"
+    "              [--progress] [--help]\n"
     "\n"
     "Loads every package from the package folder, runs the commands in the\n"
     "order given (-c commands and script files, one command per line, '#'\n"
@@ -36,9 +41,17 @@ static const char* kUsage =
     "  --export DIR    write each object as a VTK XML file into DIR\n"
     "  --packages DIR  the package folder (default: ../lib beside hxhost)\n"
     "  --list          list the loaded packages and their load options\n"
+    "  --all-messages  show every console message (by default a load shows 20\n"
+    "                  of each kind and counts the rest)\n"
+    "  --strict        fail a load that puts an error on the console\n"
+    "  --progress      show the progress bar even when stderr is no terminal\n"
     "  --help          show this text\n"
     "\n"
-    "Exit status: 0 all commands succeeded, 1 an import failed, 2 usage error.\n";
+    "Ctrl-C stops the running import and skips the remaining commands; a\n"
+    "second Ctrl-C quits at once.\n"
+    "\n"
+    "Exit status: 0 all commands succeeded, 1 an import failed or was stopped,\n"
+    "2 usage error.\n";
 
 namespace {
 
@@ -54,17 +67,43 @@ struct Options {
     std::string packageDir;
     bool list = false;
     bool help = false;
+    bool allMessages = false;
+    bool strict = false;
+    bool progress = false;
 };
 
 int usageError(const std::string& text)
 {
-    std::fprintf(stderr, "hxhost: %s\n(hxhost --help shows the usage)\n", text.c_str());
+    std::fprintf(stderr, "hxhost: %s\n(hxhost --help shows the usage)\n", escapeForConsole(text).c_str());
     return ExitUsage;
+}
+
+// The options that only switch something on.
+bool parseFlag(const std::string& a, Options& opts)
+{
+    const std::pair<const char*, bool Options::*> flags[] = {
+        {"-h", &Options::help},
+        {"--help", &Options::help},
+        {"--list", &Options::list},
+        {"--all-messages", &Options::allMessages},
+        {"--strict", &Options::strict},
+        {"--progress", &Options::progress},
+    };
+    for (const auto& [name, member] : flags)
+        if (a == name) {
+            opts.*member = true;
+            return true;
+        }
+    return false;
 }
 
 // Returns -1 when the arguments are fine, else the exit status.
 int parseArguments(int argc, char** argv, Options& opts)
 {
+    if (argc < 2) {
+        std::fputs(kUsage, stderr);
+        return ExitUsage;
+    }
     for (int i = 1; i < argc; ++i) {
         std::string a = argv[i];
         auto value = [&](std::string& target) {
@@ -73,11 +112,9 @@ int parseArguments(int argc, char** argv, Options& opts)
             target = argv[++i];
             return true;
         };
-        if (a == "-h" || a == "--help") {
-            opts.help = true;
-        } else if (a == "--list") {
-            opts.list = true;
-        } else if (a == "-c") {
+        if (parseFlag(a, opts))
+            continue;
+        if (a == "-c") {
             Options::Step step{false, {}};
             if (!value(step.text))
                 return usageError("-c needs a command");
@@ -140,16 +177,18 @@ bool loadPackages(PackageLoader& packages, std::string& packageDir)
 
 void listPackages(const PackageLoader& packages, const std::string& packageDir)
 {
+    const auto shown = [](const std::string& text) { return escapeForConsole(text); };
     for (const Package& p : packages.packages()) {
-        std::printf("package %s %s (%s, built %s with %s)\n", p.info->name, p.info->version,
-                    p.path.c_str(), p.info->buildDate, p.info->compiler);
+        std::printf("package %s %s (%s, built %s with %s)\n", shown(p.info->name).c_str(),
+                    shown(p.info->version).c_str(), shown(p.path).c_str(), shown(p.info->buildDate).c_str(),
+                    shown(p.info->compiler).c_str());
         for (const LoadOption& o : packages.options())
             if (o.package == p.name)
-                std::printf("  load -%-28s %-22s %s\n", o.option.c_str(), o.dataKind.c_str(),
-                            o.description.c_str());
+                std::printf("  load -%-28s %-22s %s\n", shown(o.option).c_str(), shown(o.dataKind).c_str(),
+                            shown(o.description).c_str());
     }
     if (packages.packages().empty())
-        std::printf("no packages in %s\n", packageDir.c_str());
+        std::printf("no packages in %s\n", shown(packageDir).c_str());
 }
 
 // The worst status of the steps; the first usage error stops the run.
@@ -173,7 +212,7 @@ ExitStatus writeJsonFile(const std::string& path, const std::vector<HxData*>& ob
         ok = std::fclose(out) == 0 && ok;
     if (ok)
         return ExitOk;
-    std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", path.c_str());
+    std::fprintf(stderr, "hxhost: cannot write the JSON file %s\n", escapeForConsole(path).c_str());
     return ExitFailed;
 }
 
@@ -192,6 +231,31 @@ ExitStatus writeOutputs(const Options& opts, const std::vector<HxData*>& objects
     return status;
 }
 
+int terminalColumns()
+{
+    struct winsize size {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+// Runs the steps and writes the outputs, with a progress bar on a terminal
+// (or anywhere, when asked for).
+ExitStatus runAndWrite(const Options& opts, const PackageLoader& packages, Console& console, bool hasDisplay)
+{
+    std::unique_ptr<TerminalProgress> bar;
+    if (opts.progress || isatty(STDERR_FILENO)) {
+        bar = std::make_unique<TerminalProgress>(Console::writeToStderr, terminalColumns());
+        console.setStatusLine(bar.get());
+    }
+    Host host(packages, console, HostSettings{hasDisplay, opts.strict, bar.get()});
+    const ExitStatus ran = runSteps(host, opts.steps);
+    console.setStatusLine(nullptr);
+    if (ran == ExitUsage)
+        return ExitUsage;
+    const ExitStatus status = worse(ran, writeOutputs(opts, HxObjectPool::instance()->objects()));
+    // A Ctrl-C after the last command still tells the caller the run was cut short.
+    return interruptRequested() ? worse(status, ExitFailed) : status;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -205,22 +269,20 @@ int main(int argc, char** argv)
         return ExitOk;
     }
 
+    InterruptHandling interrupts;
     prepareEnvironment();
     QApplication app(argc, argv);
     const bool hasDisplay = platformHasDisplay();
     HxApplication::instance()->setInteractive(hasDisplay);
+    Console console(opts.allMessages);
+    console.install();
 
     PackageLoader packages;
     ExitStatus status = loadPackages(packages, opts.packageDir) ? ExitOk : ExitFailed;
     if (opts.list)
         listPackages(packages, opts.packageDir);
 
-    Host host(packages, hasDisplay);
-    const ExitStatus ran = runSteps(host, opts.steps);
-    if (ran == ExitUsage)
-        return ExitUsage;
-    status = worse(status, ran);
-    status = worse(status, writeOutputs(opts, HxObjectPool::instance()->objects()));
+    status = worse(status, runAndWrite(opts, packages, console, hasDisplay));
     // Objects go before the application so widgets they own die with Qt alive.
     HxObjectPool::instance()->clear();
     return status;

@@ -1,8 +1,10 @@
 // A small package for testing the host: its readers make objects with known
 // values, so the host's JSON and exit statuses can be checked on their own.
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 #include "HxCluster.h"
 #include "HxLineSet.h"
@@ -16,12 +18,16 @@ HX_PACKAGE_ENTRY const HxPackageInfo* quenzpackage_fakepkg()
     return &info;
 }
 
-// Prints its arguments, one console line each; fails when one is "fail".
+// Prints its arguments, one console line each (an error line for one that
+// starts with "error"); fails when one is "fail".
 HX_PACKAGE_ENTRY int hxReadFakeEcho(int argc, const char** argv)
 {
     int result = 1;
     for (int i = 0; i < argc; ++i) {
-        theMsg->printf("arg[%d]=<%s>", i, argv[i]);
+        if (std::strncmp(argv[i], "error", 5) == 0)
+            theMsg->error(QString::fromUtf8(argv[i]));
+        else
+            theMsg->printf("arg[%d]=<%s>", i, argv[i]);
         if (std::strcmp(argv[i], "fail") == 0)
             result = 0;
     }
@@ -65,5 +71,15 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
     for (int i = 0; i < 3; ++i)
         s->getData(0)[i] = 0.5f * i;
     HxData::registerData(s, QString::fromLatin1(argv[0]));
+    return 1;
+}
+
+// Sleeps argv[0] seconds without looking for a stop request, as a reader
+// that reports no progress does.
+HX_PACKAGE_ENTRY int hxReadFakeSleep(int, const char** argv)
+{
+    theMsg->printf("sleeping");
+    std::this_thread::sleep_for(std::chrono::seconds(std::atoi(argv[0])));
+    theMsg->printf("slept");
     return 1;
 }

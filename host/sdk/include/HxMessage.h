@@ -6,8 +6,9 @@
 
 #include "HxSdkApi.h"
 
-// The host console. Every message is written to stderr as it happens and
-// kept, in order, for whoever wants to report them later (hxhost's JSON).
+// The host console. Every message is kept, in order, for whoever wants to
+// report them later (hxhost's JSON), and echoed as it happens: by default as
+// a line on stderr, or through the echo a host installs to show it its own way.
 class HXSDK_API HxMessage {
 public:
     enum Level { Info, Warning, Error };
@@ -34,9 +35,15 @@ public:
     const std::vector<Entry>& entries() const { return mEntries; }
     void clearEntries() { mEntries.clear(); }
 
+    // Called with each message (trailing line feeds removed) once it is
+    // kept; an empty echo restores the default.
+    using Echo = std::function<void(Level level, const QString& text)>;
+    void setEcho(Echo echo) { mEcho = std::move(echo); }
+
 private:
     void record(Level level, const QString& text);
     std::vector<Entry> mEntries;
+    Echo mEcho;
 };
 
 // The running host.

@@ -1,5 +1,6 @@
 #pragma once
 #include <QString>
+#include <atomic>
 
 #include "HxSdkApi.h"
 
@@ -11,7 +12,8 @@
 //
 // Work may nest (an import inside a script): only the outermost begin/end
 // pair and its fractions reach the display; a stop request reaches every
-// level and holds until the outermost work ends.
+// level and holds until the outermost work ends; one made outside any work
+// holds for the next.
 class HXSDK_API HxProgress {
 public:
     class Display {
@@ -36,7 +38,8 @@ public:
     // The host's side. The display is not owned; null shows nothing.
     void setDisplay(Display* display) { mDisplay = display; }
     Display* display() const { return mDisplay; }
-    void requestStop() { mStop = true; }
+    // Safe to call from a signal handler.
+    void requestStop() { mStop.store(true); }
     // The fraction last reported by the outermost work; 0 outside work.
     double fraction() const { return mFraction; }
     int depth() const { return mDepth; }
@@ -45,7 +48,8 @@ private:
     Display* mDisplay = nullptr;
     int mDepth = 0;
     double mFraction = 0;
-    bool mStop = false;
+    std::atomic<bool> mStop{false};
+    static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets the stop flag");
 };
 
 #define theProgress (HxProgress::instance())

@@ -1,4 +1,4 @@
-// The console: messages go to stderr at once and are kept for the JSON record.
+// The console: messages are kept for the JSON record and echoed at once.
 #include "HxMessage.h"
 
 #include <QApplication>
@@ -15,6 +15,10 @@ void HxMessage::record(Level level, const QString& text)
     while (line.endsWith(QLatin1Char('\n')))
         line.chop(1);
     mEntries.push_back({level, line});
+    if (mEcho) {
+        mEcho(level, line);
+        return;
+    }
     QByteArray bytes = line.toLocal8Bit();
     std::fprintf(stderr, "%s\n", bytes.constData());
     std::fflush(stderr);

@@ -33,7 +33,7 @@ bool HxProgress::stopRequested()
 {
     if (mDisplay)
         mDisplay->poll();
-    return mStop;
+    return mStop.load();
 }
 
 void HxProgress::end()
@@ -43,5 +43,5 @@ void HxProgress::end()
     if (mDisplay)
         mDisplay->ended();
     mFraction = 0;
-    mStop = false;
+    mStop.store(false);
 }
