@@ -26,6 +26,7 @@ void check(bool holds)
         __builtin_trap();
 }
 
+// The words of a line; none when it does not split.
 std::vector<std::string> split(const std::string& line, bool& ok)
 {
     std::vector<std::string> words;
@@ -34,27 +35,13 @@ std::vector<std::string> split(const std::string& line, bool& ok)
     return words;
 }
 
-// A word as a shell would quote it: in single quotes, each quote of its own
-// written as '\''.
-std::string singleQuoted(const std::string& word)
+// The block reader on the words from the first on.
+HxCSVParseParameters* read(const std::vector<std::string>& words, size_t first, int occurrence)
 {
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-void splitAndRequote(const std::string& line)
-{
-    bool ok = false;
-    const std::vector<std::string> words = split(line, ok);
-    if (!ok)
-        return;
-    std::string again;
-    for (const std::string& w : words)
-        again += singleQuoted(w) + " ";
-    const std::vector<std::string> back = split(again, ok);
-    check(ok && back == words);
+    std::vector<const char*> argv;
+    for (size_t i = first; i < words.size(); ++i)
+        argv.push_back(words[i].c_str());
+    return HxCSVUtils::getParseParameters(static_cast<int>(argv.size()), argv.data(), occurrence);
 }
 
 // Texts without NUL, which no C string holds.
@@ -65,52 +52,6 @@ std::string text(FuzzedDataProvider& in, size_t most)
     return s;
 }
 
-void roundTrip(FuzzedDataProvider& in)
-{
-    HxCSVParseParameters written;
-    std::string name = text(in, 64);
-    // The file name is written unescaped: a quote or backslash in it is not
-    // meant to survive.
-    name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return c == '"' || c == '\\'; }), name.end());
-    written.fileName = name.c_str();
-    written.columnIndices->resize(in.ConsumeIntegralInRange(0, 12));
-    for (int& index : *written.columnIndices)
-        index = in.ConsumeIntegral<int>();
-    *written.columnDelimiter = text(in, 8).c_str();
-    *written.commentMarker = text(in, 8).c_str();
-    written.dataStartLineNum = in.ConsumeIntegral<int>();
-    written.firstRowContainsColumnNames = in.ConsumeBool();
-    written.noLineBreaks = in.ConsumeBool();
-
-    const std::string command = "load -point_cloud_csv x " + std::string(HxCSVUtils::getLoadCommandString(&written))
-                                + " -dataOnly";
-    bool ok = false;
-    const std::vector<std::string> words = split(command, ok);
-    check(ok);
-    std::vector<const char*> argv;
-    for (size_t i = 2; i < words.size(); ++i)
-        argv.push_back(words[i].c_str());
-    const std::unique_ptr<HxCSVParseParameters> read(
-        HxCSVUtils::getParseParameters(static_cast<int>(argv.size()), argv.data(), 0));
-    // The writer shows every field, so equal blocks mean equal records.
-    check(read && HxCSVUtils::getLoadCommandString(read.get()) == HxCSVUtils::getLoadCommandString(&written));
-}
-
-// Arguments separated by NUL bytes; occurrence picks the block to read.
-void readAnyVector(const std::string& bytes, int occurrence)
-{
-    std::vector<std::string> words;
-    for (size_t start = 0; start <= bytes.size();) {
-        const size_t nul = std::min(bytes.find('\0', start), bytes.size());
-        words.push_back(bytes.substr(start, nul - start));
-        start = nul + 1;
-    }
-    std::vector<const char*> argv;
-    for (const std::string& w : words)
-        argv.push_back(w.c_str());
-    delete HxCSVUtils::getParseParameters(static_cast<int>(argv.size()), argv.data(), occurrence);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -118,18 +59,46 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (size < 1)
         return 0;
     const std::string rest(reinterpret_cast<const char*>(data) + 1, size - 1);
-    switch (data[0] % 3) {
-    case 0:
-        splitAndRequote(rest);
-        break;
-    case 1: {
+    bool ok = false;
+    if (data[0] % 3 == 0) {
+        const std::vector<std::string> words = split(rest, ok);
+        std::string again; // each word as a shell quotes it, a quote of its own as '\''
+        for (const std::string& w : words) {
+            again += "'";
+            for (char c : w)
+                again += c == '\'' ? std::string("'\\''") : std::string(1, c);
+            again += "' ";
+        }
+        check(!ok || (split(again, ok) == words && ok));
+    } else if (data[0] % 3 == 1) {
         FuzzedDataProvider in(data + 1, size - 1);
-        roundTrip(in);
-        break;
-    }
-    default:
-        readAnyVector(rest, data[0] / 3 % 3);
-        break;
+        HxCSVParseParameters written;
+        // The file name is written unescaped: a quote or backslash in it is
+        // not meant to survive.
+        std::string name = text(in, 64);
+        name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return c == '"' || c == '\\'; }), name.end());
+        written.fileName = name.c_str();
+        written.columnIndices->resize(in.ConsumeIntegralInRange(0, 12));
+        for (int& index : *written.columnIndices)
+            index = in.ConsumeIntegral<int>();
+        *written.columnDelimiter = text(in, 8).c_str();
+        *written.commentMarker = text(in, 8).c_str();
+        written.dataStartLineNum = in.ConsumeIntegral<int>();
+        written.firstRowContainsColumnNames = in.ConsumeBool();
+        written.noLineBreaks = in.ConsumeBool();
+        const std::string block(HxCSVUtils::getLoadCommandString(&written));
+        const std::vector<std::string> words = split("load -point_cloud_csv x " + block + " -dataOnly", ok);
+        check(ok);
+        const std::unique_ptr<HxCSVParseParameters> back(read(words, 2, 0));
+        // The writer shows every field, so equal blocks mean equal records.
+        check(back && HxCSVUtils::getLoadCommandString(back.get()) == block.c_str());
+    } else {
+        std::vector<std::string> words; // separated by NUL bytes
+        for (size_t start = 0, nul; start <= rest.size(); start = nul + 1) {
+            nul = std::min(rest.find('\0', start), rest.size());
+            words.push_back(rest.substr(start, nul - start));
+        }
+        delete read(words, 0, data[0] / 3 % 3);
     }
     return 0;
 }

@@ -2,9 +2,9 @@
 // choose the settings, the bindings and the read-block size (so that block
 // ends fall everywhere); the rest is the file. A CSVException is an answer;
 // anything a sanitizer sees is a finding.
-#include <cstdint>
 #include <cstdlib>
 #include <deque>
+#include <iterator>
 #include <vector>
 
 #include "HxCSV.h"
@@ -17,35 +17,10 @@ const char* const delimiters[] = {" ", ",", "\\s", ".", "\t", ";", "\"", "", "ab
 const char* const comments[] = {"", "#", "//", "%", "1", ","};
 const char* const breaks[] = {"", "END", "-", "--", ">", "1"};
 
-template <size_t N>
-const char* pick(const char* const (&table)[N], uint8_t byte)
-{
-    return table[byte % N];
-}
-
-// Settings bytes, in order: delimiter, comment, break, flags, start line,
-// block size, binding count, then two bytes a binding (kind, column).
-struct Header {
-    static constexpr size_t fixedBytes = 7;
-    const uint8_t* bytes;
-    size_t size;
-    uint8_t at(size_t i) const { return i < size ? bytes[i] : 0; }
-    bool flag(int bit) const { return at(3) >> bit & 1; }
-    int bindingCount() const { return at(6) % 8; }
-    size_t length() const { return std::min(size, fixedBytes + 2 * static_cast<size_t>(bindingCount())); }
-    // Mostly small columns, now and then past the 64 the fast paths track.
-    int column(int i) const
-    {
-        const uint8_t b = at(fixedBytes + 2 * i + 1);
-        return (b & 0x80) ? 60 + (b & 15) : static_cast<int>(b % 12) - 1;
-    }
-    int kind(int i) const { return at(fixedBytes + 2 * i) % 13; }
-    size_t blockSize() const { return at(5) == 0 ? size_t(1) << 20 : at(5) * 7u - 6u; }
-};
-
-// Every kind of target the parser fills, kept alive for one parse.
+// Every kind of target the parser fills, kept alive for one parse (the
+// parser keeps their addresses).
 struct Targets {
-    std::deque<void*> raw; // the parser keeps their addresses
+    std::deque<void*> raw;
     std::deque<McDArray<McVec3<float>>> vec3f;
     std::deque<McDArray<McVec3<double>>> vec3d;
     std::deque<McDArray<McString>> texts;
@@ -67,8 +42,7 @@ struct Targets {
     {
         switch (kind) {
         case 0: case 1: case 2:
-            raw.push_back(nullptr);
-            csv.addColumn(column, McPrimType(kind == 0 ? 3 : kind == 1 ? 2 : 4), &raw.back());
+            csv.addColumn(column, McPrimType(kind == 0 ? 3 : kind == 1 ? 2 : 4), &raw.emplace_back());
             break;
         case 3: csv.addColumn(column, McPrimType(3)); break;
         case 4: csv.addColumn(column, &vec3f.emplace_back(), column & 3); break;
@@ -90,10 +64,8 @@ struct Targets {
         floatStorage.assign(3 * static_cast<size_t>(rows) + 3, 0.0f);
         textStorage.assign(static_cast<size_t>(rows), QString());
         int i = 0;
-        for (HxCSV::FloatRows& r : floatRows) {
-            r.first = floatStorage.data() + (i++ % 3);
-            r.stride = 3;
-        }
+        for (HxCSV::FloatRows& r : floatRows)
+            r = {floatStorage.data() + (i++ % 3), 3};
         for (HxCSV::TextRows& r : textRows)
             r.first = textStorage.data();
     }
@@ -101,33 +73,38 @@ struct Targets {
 
 } // namespace
 
+// Settings bytes, in order: delimiter, comment, break, flags, start line,
+// block size, binding count, then two bytes a binding (kind, column).
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static MemoryFile file;
-    const Header h{data, size};
-    const size_t headerLength = h.length();
-    const std::string& path = file.hold(data + headerLength, size - headerLength);
-
+    const auto at = [&](size_t i) -> uint8_t { return i < size ? data[i] : 0; };
+    const auto flag = [&](int bit) -> bool { return at(3) >> bit & 1; };
+    const int bindings = at(6) % 8;
+    const size_t header = std::min(size, 7 + 2 * static_cast<size_t>(bindings));
     HxCSV csv;
-    csv.setFileName(path.c_str());
-    csv.setCommentMarker(pick(comments, h.at(1)));
+    csv.setFileName(file.hold(data + header, size - header).c_str());
+    csv.setCommentMarker(comments[at(1) % std::size(comments)]);
     // The start line moves past a header only when the flag is set first.
-    if (h.flag(1))
-        csv.setFirstRowContainsColumnNames(h.flag(0));
-    csv.setDataStartLineNum(static_cast<int>(h.at(4) % 8) - 1);
-    if (!h.flag(1))
-        csv.setFirstRowContainsColumnNames(h.flag(0));
-    csv.setColumnDelimiter(pick(delimiters, h.at(0)));
-    csv.setVerticalDelimiter(pick(breaks, h.at(2)));
-    csv.setNoLineBreaks(h.flag(2));
+    if (flag(1))
+        csv.setFirstRowContainsColumnNames(flag(0));
+    csv.setDataStartLineNum(static_cast<int>(at(4) % 8) - 1);
+    if (!flag(1))
+        csv.setFirstRowContainsColumnNames(flag(0));
+    csv.setColumnDelimiter(delimiters[at(0) % std::size(delimiters)]);
+    csv.setVerticalDelimiter(breaks[at(2) % std::size(breaks)]);
+    csv.setNoLineBreaks(flag(2));
     Targets targets;
-    for (int i = 0; i < h.bindingCount(); ++i)
-        targets.bind(csv, h.kind(i), h.column(i));
+    for (int i = 0; i < bindings; ++i) {
+        // Mostly small columns, now and then past the 64 the fast paths track.
+        const uint8_t column = at(8 + 2 * i);
+        targets.bind(csv, at(7 + 2 * i) % 13, (column & 0x80) ? 60 + (column & 15) : static_cast<int>(column % 12) - 1);
+    }
     csv.rowsCounted = [&targets](int rows) { targets.size(rows); };
 
-    HxCSVInput::largestBlock = h.blockSize();
+    HxCSVInput::largestBlock = at(5) == 0 ? size_t(1) << 20 : at(5) * 7u - 6u;
     try {
-        csv.parse(h.flag(3), h.flag(4));
+        csv.parse(flag(3), flag(4));
         for (int i = 0; i < csv.columnNames.size() + 1; ++i)
             csv.getColumnName(i);
     } catch (const CSVException&) {

@@ -23,10 +23,7 @@ extern "C" int hxReadCSVUniformScalarField(int argc, const char** argv);
 
 // Impossible lattice sizes fail to allocate at once instead of zero-filling
 // gigabytes; the readers must take the failure.
-extern "C" const char* __asan_default_options()
-{
-    return "allocator_may_return_null=1:max_allocation_size_mb=256";
-}
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:max_allocation_size_mb=256"; }
 
 // What Qt and the font system keep for the life of the process.
 extern "C" const char* __lsan_default_suppressions()
@@ -40,21 +37,6 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     new QApplication(*argc, *argv); // lives as long as the process
     return 0;
 }
-
-namespace {
-
-// The dialogs a reader left behind, and what it registered or printed.
-void cleanUp()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (!w->parentWidget() && qobject_cast<QDialog*>(w))
-            delete w;
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    HxObjectPool::instance()->clear();
-    theMsg->clearEntries();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -71,9 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         words.emplace_back(p, nul ? nul : end);
         p = nul ? nul + 1 : end;
     }
-    const char* contents = p;
-    const std::string& path = file.hold(contents, end - contents);
-
+    const std::string& path = file.hold(p, end - p); // the rest is the file
     std::vector<const char*> argv = {path.c_str()};
     for (const std::string& w : words)
         argv.push_back(w == "@" ? path.c_str() : w.c_str());
@@ -82,6 +62,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (std::getenv("HX_FUZZ_VERBOSE")) // to see what a seed does
         std::fprintf(stderr, "reader %d returned %d, %zu objects\n", data[0] % 3, result,
                      HxObjectPool::instance()->objects().size());
-    cleanUp();
+    // The dialogs a reader left behind, and what it registered or printed.
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (!w->parentWidget() && qobject_cast<QDialog*>(w))
+            delete w;
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    HxObjectPool::instance()->clear();
+    theMsg->clearEntries();
     return 0;
 }

@@ -64,7 +64,6 @@ TEST(ParseParameters, TakenFromTheDialog)
     dialog.noLineBreaks->setChecked(true);
     EXPECT_EQ(textOf(HxCSVUtils::getParseParameters(&dialog)),
               "CSVParams \"/nonexistent/wells.csv\" \"4 2 1 2 -1\" \"|\" \"%\" 3 1 1");
-
     dialog.lineEditDataLineNum->clear(); // reads as 0
     EXPECT_EQ(std::unique_ptr<HxCSVParseParameters>(HxCSVUtils::getParseParameters(&dialog))->dataStartLineNum, 0);
 }
@@ -93,8 +92,8 @@ TEST(ParseParameters, WrittenAndReadBackThroughTheHostsSplitting)
         EXPECT_EQ(textOf(c.record), c.text);
         if (!c.splits)
             continue;
-        Args a("load -point_cloud_csv \"" + c.record.fileName + "\" " + c.text + " \"0 1\" -dataOnly");
-        EXPECT_EQ(read(a.argv), c.text);
+        const std::string command = "load -point_cloud_csv \"" + c.record.fileName + "\" " + c.text;
+        EXPECT_EQ(read(Args(QString::fromStdString(command + " \"0 1\" -dataOnly")).argv), c.text);
     }
 }
 
@@ -102,15 +101,15 @@ TEST(ParseParameters, ReadFromArguments)
 {
     const std::vector<const char*> twoBlocks = {"a.csv", "-opt", "CSVParams", "a.csv", "2 0 1", ",", "#", "2", "1", "1",
                                                 "CSVParams", "b.csv", "1 5", ";", "//", "4", "0", "0", "-dataOnly"};
-    EXPECT_EQ(read(twoBlocks, 0), "CSVParams \"a.csv\" \"2 0 1\" \",\" \"#\" 2 1 1");
-    EXPECT_EQ(read(twoBlocks, 1), "CSVParams \"b.csv\" \"1 5\" \";\" \"//\" 4 0 0");
-    EXPECT_EQ(read(twoBlocks, 2), "(none)");
-
     const struct {
         const char* what;
         std::vector<const char*> argv;
         const char* expected;
+        int occurrence = 0;
     } cases[] = {
+        {"first block", twoBlocks, "CSVParams \"a.csv\" \"2 0 1\" \",\" \"#\" 2 1 1"},
+        {"second block", twoBlocks, "CSVParams \"b.csv\" \"1 5\" \";\" \"//\" 4 0 0", 1},
+        {"no third block", twoBlocks, "(none)", 2},
         {"older command without line-break flag", {"CSVParams", "f", "0", " ", "#", "1", "1"},
          "CSVParams \"f\" \"0\" \" \" \"#\" 1 1 0"},
         {"flags are 1 or nothing", {"CSVParams", "f", "0", " ", "#", "1", "true", "2"},
@@ -130,6 +129,6 @@ TEST(ParseParameters, ReadFromArguments)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        EXPECT_EQ(read(c.argv), c.expected);
+        EXPECT_EQ(read(c.argv, c.occurrence), c.expected);
     }
 }

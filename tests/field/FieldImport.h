@@ -12,13 +12,13 @@ struct FieldSettings {
     int nDataVar = 1;
     int dims[3] = {2, 2, 2};
     bool xFastest = true;
-    const char* delimiter = ",";
-    const char* comment = "#";
+    const char *delimiter = ",", *comment = "#";
     int firstLine = 1;
 };
 
 // The lattice part of the dialog, from any settings record that has it.
-template <class Settings> void applyLayout(QxCSVUniformScalarFieldImport& dialog, const Settings& s)
+template <class Settings>
+void applyLayout(QxCSVUniformScalarFieldImport& dialog, const Settings& s)
 {
     dialog.dataTypeOpt->setCurrentIndex(s.type);
     dialog.nDataVarOpt->setCurrentIndex(s.nDataVar - 1);
@@ -36,7 +36,6 @@ inline void applySettings(QxCSVUniformScalarFieldImport& dialog, const FieldSett
     dialog.setDataStartLineNum(s.firstLine);
 }
 
-// Numbers of a JSON array, such as a field's "values".
 inline std::vector<double> jsonNumbers(const QJsonArray& a)
 {
     std::vector<double> v;
@@ -45,11 +44,7 @@ inline std::vector<double> jsonNumbers(const QJsonArray& a)
     return v;
 }
 
-// The field that the last import registered, or null.
-inline HxRegField3* lastField()
-{
-    return dynamic_cast<HxRegField3*>(lastObject());
-}
+inline HxRegField3* lastField() { return dynamic_cast<HxRegField3*>(lastObject()); }
 
 class FieldTest : public ImportTest {
 protected:

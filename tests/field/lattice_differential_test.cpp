@@ -1,40 +1,16 @@
 // The uniform field reader against the oracle of its rules
-// (tests/oracle/LatticeOracle.h): random files and settings, one to three
-// reads in a row by one dialog, whose value arrays keep what earlier reads
-// left, in blocks of every size. Value arrays, lattice bytes and console
-// must agree.
-//
-// CI reads 400 files; HX_DIFFERENTIAL_FILES=50000 build/bin/field_tests
-// --gtest_filter='LatticeDifferential.*' reads more.
-#include <gtest/gtest.h>
-
+// (tests/oracle/LatticeOracle.h): one to three reads in a row of random files
+// by one dialog, whose value arrays keep what earlier reads left, in blocks of
+// every size. CI reads 400 files; HX_DIFFERENTIAL_FILES=50000
+// build/bin/field_tests --gtest_filter='LatticeDifferential.*' reads more.
 #include <QFile>
 #include <QTemporaryDir>
-#include <algorithm>
-#include <string>
 
 #include "Differential.h"
 #include "FieldImport.h"
-#include "HxLattice3.h"
-#include "HxMessage.h"
 #include "LatticeOracle.h"
 
 namespace {
-
-std::string describe(const oracle::LatticeSettings& s, size_t block, bool once)
-{
-    const std::string markers{'\'', s.delimiter, '\'', ' ', '\'', s.comment, '\''};
-    return visible("delimiter, comment " + markers + " first line " + std::to_string(s.firstLine) + " type "
-                   + std::to_string(s.type) + " nDataVar " + std::to_string(s.nDataVar) + " dims "
-                   + std::to_string(s.dims[0]) + "x" + std::to_string(s.dims[1]) + "x" + std::to_string(s.dims[2])
-                   + (s.xFastest ? " x" : " z") + " fastest, quiet " + std::to_string(s.quiet) + " block "
-                   + std::to_string(block) + " single parse " + std::to_string(once));
-}
-
-std::string bytes(const void* data, long long size)
-{
-    return std::string(static_cast<const char*>(data), static_cast<size_t>(size));
-}
 
 char firstByte(const QString& text)
 {
@@ -46,6 +22,11 @@ TEST(LatticeDifferential, RandomFiles)
     static const char* delimiters[] = {",", " ", "\t", ";", "", "e", ".", "-", "0", "\xa0", "ab", "\r"};
     static const char* comments[] = {"", "#", "%", "1", "-", ",", "\xa0"};
     static const char* levels[] = {"info ", "warning ", "error "};
+    // The ends of each type's range and past them: integers wrap, floats
+    // round to infinity from half an ulp past FLT_MAX on.
+    static const char* rangeEnds[] = {"300", "-1", "2.9", "-2.9", "40000", "32767", "-32769", "70000", "65535", "3e9",
+                                      "nan", "-2147483648.9", "2147483647.5", "1e300", "-1e-300", "-0", "3.4028235e38",
+                                      "3.4028235677973366e38", "-3.4028235677973362e38", "inf", "-inf"};
     FileMaker m(20240917);
     QTemporaryDir dir;
     int failures = 0;
@@ -71,9 +52,11 @@ TEST(LatticeDifferential, RandomFiles)
             s.delimiter = firstByte(dialog.lineEditColumnDelimiter->text());
             s.comment = firstByte(dialog.lineEditCommentMarker->text());
             s.firstLine = dialog.lineEditDataLineNum->text().toInt();
-            const std::string content = m.file({std::string(s.delimiter ? 1 : 0, s.delimiter),
-                                                std::string(s.comment ? 1 : 0, s.comment), "",
-                                                1 + m.pick(m.pick(4) ? 12 : 60), block, 9999});
+            const std::string d(s.delimiter ? 1 : 0, s.delimiter);
+            std::string content = m.file({d, std::string(s.comment ? 1 : 0, s.comment), "",
+                                          1 + m.pick(m.pick(4) ? 12 : 60), block, 9999});
+            for (const char* value : rangeEnds)
+                content += m.pick(4) ? "" : value + d;
             // About as many nodes as the file has values: now as many, now a few more or fewer.
             oracle::LatticeReader counter;
             std::string scratch;
@@ -100,14 +83,21 @@ TEST(LatticeDifferential, RandomFiles)
             std::string got, expectedLattice;
             for (const HxMessage::Entry& e : theMsg->entries()) // as the oracle writes them
                 got += levels[e.level] + e.text.mid(e.level == HxMessage::Warning ? 9 : 0).toStdString() + "\n";
-            got += "lattice " + bytes(lattice.dataPtr().getData(), lattice.dataBytes());
+            got += "lattice " + std::string(static_cast<const char*>(lattice.dataPtr().getData()), lattice.dataBytes());
             std::string wanted = expected.read(content, path, s, expectedLattice) + "lattice " + expectedLattice;
             if (!once && dialog.getArraySize() > 0)
-                got += "\nvalues " + bytes(dialog.getArrayData(), dialog.getArraySize() * dialog.getPrimType().size());
+                got += "\nvalues " + std::string(static_cast<const char*>(dialog.getArrayData()),
+                                                 dialog.getArraySize() * dialog.getPrimType().size());
             if (!once && !expected.values[s.type].empty())
                 wanted += "\nvalues " + expected.values[s.type];
-            EXPECT_TRUE(got == wanted) << describe(s, block, once) << ", read " << r << "\nfile:\n"
-                                       << visible(content.substr(0, 3000)) << "\n" << firstDifference(got, wanted);
+            char settings[300]; // a delimiter or comment of 0 is written as a NUL, which visible shows
+            const int n = std::snprintf(settings, sizeof settings, "delimiter '%c' comment '%c' first line %d type %d "
+                                        "nDataVar %d dims %dx%dx%d %c fastest, quiet %d block %zu single parse %d",
+                                        s.delimiter, s.comment, s.firstLine, s.type, s.nDataVar, s.dims[0], s.dims[1],
+                                        s.dims[2], s.xFastest ? 'x' : 'z', s.quiet, block, once);
+            EXPECT_TRUE(got == wanted) << visible(std::string(settings, std::min<size_t>(n, sizeof settings - 1)))
+                                       << ", read " << r << "\nfile:\n" << visible(content.substr(0, 3000)) << "\n"
+                                       << firstDifference(got, wanted);
             failures += got != wanted;
         }
     }

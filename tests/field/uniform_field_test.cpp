@@ -1,7 +1,11 @@
-// The uniform field importer in this process: dialog arithmetic, the
-// settings text, the reader entry and failures. Reading and filling are
-// compared against the rules on random files elsewhere.
+// The uniform field importer: dialog arithmetic, the settings text, the
+// reader entry, failures, and replays through hxhost to equal fields (JSON,
+// LoadCmd and the exported VTK image). Reading and filling are compared
+// against the rules on random files elsewhere.
+#include <QProcess>
+
 #include "FieldImport.h"
+#include "VtkFile.h"
 
 using UniformField = FieldTest;
 
@@ -9,9 +13,7 @@ TEST_F(UniformField, RequestedBytesFollowTypeVariablesAndFileSize)
 {
     QxCSVUniformScalarFieldImport dialog;
     dialog.setFileName(write("v.csv", QByteArray(7000, 'x')).toLocal8Bit());
-    dialog.dimsTxt0->setValue(10);
-    dialog.dimsTxt1->setValue(20);
-    dialog.dimsTxt2->setValue(30);
+    applyLayout(dialog, FieldSettings{0, 1, {10, 20, 30}});
     const struct {
         int type, nDataVarIndex;
         const char* requested;
@@ -142,15 +144,97 @@ TEST_F(UniformField, FailuresAreReported)
     }
     EXPECT_EQ(consoleTexts(HxMessage::Error).size(), 3);
     EXPECT_EQ(HxObjectPool::instance()->objects().size(), 1u);
-}
 
-// Replays and random files are quiet; a user at the screen sees a box.
-TEST_F(UniformField, InteractiveSessionWarnsInABox)
-{
+    // Replays and random files are quiet; a user at the screen sees a box.
     HxApplication::instance()->setInteractive(true);
     ModalDriver<> closer;
     importField("v.csv", "1,2,3,4,5,6,7", {});
     HxApplication::instance()->setInteractive(false);
     EXPECT_EQ(closer.seen, QStringList("Warning: Requested to read 64 bytes, but file\n'v.csv' contains only 56 "
                                        "bytes!\nMissing data will be padded with zero."));
+}
+
+TEST_F(UniformField, EveryTypeAndVariableCountReplaysToTheSameField)
+{
+    const char* delimiters[] = {";", "\t", " ", "\"", ","};
+    const QStringList types = {"byte", "short", "ushort", "int32", "float", "double"};
+    const QStringList vtkTypes = {"UInt8", "Int16", "UInt16", "Int32", "Float32", "Float64"};
+    const QStringList classes = {"HxUniformScalarField3", "HxUniformComplexScalarField3", "HxUniformVectorField3",
+                                 "HxUniformColorField3", "HxRegField3", "HxUniformComplexVectorField3"};
+    std::vector<QJsonObject> imported;
+    std::vector<QByteArray> bytes;
+    QStringList args = {"--export", dir.filePath("vtk")};
+    for (int i = 1; i <= 36; ++i) { // type (i - 1) / 6, nDataVar (i - 1) % 6 + 1
+        const int n = (i - 1) % 6 + 1;
+        const FieldSettings s{(i - 1) / 6, n, {3, 2, 1}, i % 2 == 1, delimiters[i % 5]};
+        QByteArray content = "# field " + QByteArray::number(i) + "\n";
+        for (int k = 0; k < 6 * n; ++k)
+            content += QByteArray::number(k * 37.25 - 150) + (k % 5 == 4 ? "\n" : s.delimiter);
+        // A y extent of 0 gets VTK spacing 1, as does the one-node z axis.
+        const HxRegField3* f = importField(QString("t%1v%2.csv").arg(s.type).arg(n), content, s, [i](auto& d) {
+            d.bBoxTxt1->setText("0.5");
+            d.bBoxTxt2->setText("-1.5");
+            d.bBoxTxt3->setText(i % 2 ? "0" : "0.25");
+            if (i % 3 == 0)
+                d.bBoxBtn->click();
+        });
+        imported.push_back(jsonOf(lastObject()));
+        bytes.emplace_back(static_cast<const char*>(f->lattice().dataPtr().getData()), int(f->lattice().dataBytes()));
+        args << "-c" << loadCommandOf(f);
+    }
+
+    const HostRun r = runHxhost(args);
+    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
+    ASSERT_EQ(r.objects().size(), static_cast<int>(imported.size()));
+    for (int i = 0; i < r.objects().size(); ++i) {
+        const QJsonObject o = r.objects()[i].toObject();
+        const QString name = imported[size_t(i)]["name"].toString();
+        SCOPED_TRACE(name.toStdString());
+        EXPECT_EQ(o, imported[size_t(i)]); // values, dims, bounding box and LoadCmd
+        EXPECT_EQ(o["class"].toString(), classes[i % 6]);
+        EXPECT_EQ(o["primType"].toString(), types[i / 6]);
+        EXPECT_EQ(o["nDataVar"].toInt(), i % 6 + 1);
+        EXPECT_EQ(jsonNumbers(o["dims"].toArray()), std::vector<double>({3, 2, 1}));
+        const VtkFile vtk = readVtk(dir.filePath("vtk/" + name + ".vti"));
+        EXPECT_EQ(vtk.attr("ImageData", "WholeExtent"), "0 2 0 1 0 0");
+        EXPECT_EQ(vtk.attr("ImageData", "Origin"), "0 -1.5 0");
+        EXPECT_EQ(vtk.attr("ImageData", "Spacing"), i % 2 ? "0.5 0.25 1" : "0.5 1 1");
+        EXPECT_EQ(vtk.attr("PointData/values", "type"), vtkTypes[i / 6]);
+        EXPECT_EQ(vtk.attr("PointData/values", "NumberOfComponents"), i % 6 ? QString::number(i % 6 + 1) : "");
+        EXPECT_EQ(vtk.bytes("PointData/values"), bytes[size_t(i)]);
+    }
+    // Replays are quiet: the files hold exactly what was requested anyway.
+    EXPECT_FALSE(r.err.contains("Warning")) << r.err.constData();
+}
+
+TEST_F(UniformField, ExampleScriptHoldsWhatTheDialogWrites)
+{
+    QxCSVUniformScalarFieldImport dialog;
+    dialog.setFileName("examples/density_32x24x16.csv");
+    applySettings(dialog, {4, 1, {32, 24, 16}, true, ",", "#", 1});
+    for (QxLineEdit* voxel : {dialog.bBoxTxt1, dialog.bBoxTxt3, dialog.bBoxTxt5})
+        voxel->setText("0.5");
+    const QString command = dialog.getLoadCommandFromDialog().toQString();
+    EXPECT_TRUE(exampleScriptHolds(command)) << command.toStdString();
+    const HostRun r = runHxhost({"-c", command, "--export", dir.path()});
+    ASSERT_EQ(r.exitCode, 0) << r.err.constData();
+    const QJsonObject o = r.objects()[0].toObject();
+    const std::vector<double> values = jsonNumbers(o["values"].toArray());
+    ASSERT_EQ(values.size(), 32u * 24 * 16);
+    EXPECT_EQ(static_cast<float>(values.front()), 2.1f);
+    EXPECT_EQ(static_cast<float>(values.back()), 4.07f);
+    EXPECT_EQ(jsonNumbers(o["bbox"].toArray()), std::vector<double>({0, 15.5, 0, 11.5, 0, 7.5}));
+
+    // VTK itself opens the image when its Python module is installed.
+    QProcess python;
+    python.start("/usr/bin/python3", {"-c",
+                                      "import sys, vtk\n"
+                                      "r = vtk.vtkXMLImageDataReader(); r.SetFileName(sys.argv[1]); r.Update()\n"
+                                      "i = r.GetOutput(); a = i.GetPointData().GetArray('values')\n"
+                                      "print(i.GetDimensions(), i.GetSpacing(), a.GetNumberOfTuples(), "
+                                      "round(a.GetValue(0), 2))",
+                                      dir.filePath("density_32x24x16.csv.vti")});
+    if (!python.waitForFinished() || python.exitCode() != 0)
+        GTEST_SKIP() << "no VTK module for python3: " << python.readAllStandardError().constData();
+    EXPECT_EQ(python.readAllStandardOutput().trimmed(), "(32, 24, 16) (0.5, 0.5, 0.5) 12288 2.1");
 }

@@ -13,10 +13,7 @@
 
 static const HxPackageInfo info = {"fakepkg", "0.1", "today", "g++"};
 
-HX_PACKAGE_ENTRY const HxPackageInfo* quenzpackage_fakepkg()
-{
-    return &info;
-}
+HX_PACKAGE_ENTRY const HxPackageInfo* quenzpackage_fakepkg() { return &info; }
 
 // Prints its arguments, one console line each (an error line for one that
 // starts with "error"); fails when one is "fail".
@@ -43,10 +40,8 @@ HX_PACKAGE_ENTRY int hxReadFakeCluster(int argc, const char** argv)
     if (argc > 2)
         c->dataColumns[0].name = c->labelColumns[0].name = argv[1];
     c->resize(3);
-    const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
-    const float xs[3] = {0.1f, -1e-38f, 3.4028235e38f};
-    const float vs[3] = {nan, inf, -inf};
+    const float xs[3] = {0.1f, -1e-38f, 3.4028235e38f}, vs[3] = {std::numeric_limits<float>::quiet_NaN(), inf, -inf};
     for (int i = 0; i < 3; ++i) {
         c->points[i] = McVec3f(xs[i], 2.0f * i, -0.3f);
         c->ids[i] = i + 1;
@@ -62,8 +57,7 @@ HX_PACKAGE_ENTRY int hxReadFakeLineSet(int, const char** argv)
 {
     HxLineSet* s = HxLineSet::createInstance();
     const McVec3f pts[3] = {McVec3f(0, 0, 0), McVec3f(1, 1, 1), McVec3f(5, 5, 5)};
-    for (const McVec3f& p : pts)
-        s->addPoints(&p, 1);
+    s->addPoints(pts, 3);
     const int a[2] = {0, 1}, b[1] = {2};
     s->addLine(2, a, -1);
     s->addLine(1, b, -1);

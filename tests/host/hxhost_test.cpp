@@ -1,14 +1,25 @@
-// hxhost as users run it: exit statuses, package loading and its JSON.
+// hxhost as users run it: exit statuses, package loading, its JSON and its
+// VTK export (the XML structure and the values in the appended block).
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QJsonArray>
+#include <QDir>
+#include <QTemporaryDir>
+#include <cmath>
 
 #include "HostRun.h"
+#include "VtkFile.h"
 
 namespace {
 
 const QStringList kFake = {QStringLiteral("--packages"), QStringLiteral(HX_TEST_PACKAGES)};
+
+HostRun exportRun(const QString& dir, const QStringList& commands)
+{
+    QStringList args = kFake + QStringList{"--export", dir};
+    for (const QString& c : commands)
+        args << "-c" << c;
+    return runHxhost(args);
+}
 
 } // namespace
 
@@ -22,14 +33,16 @@ TEST(Hxhost, ExitStatuses)
     } cases[] = {
         {"unknown load option", {"-c", "load -no_such_option x.csv"}, 2, "unknown load option '-no_such_option'"},
         {"unknown command", {"-c", "import x.csv"}, 2, "unknown command 'import'"},
-        {"missing file", QStringList(kFake) << "-c" << "load -fake_echo", 2, "needs a file name"},
+        {"missing file", kFake + QStringList{"-c", "load -fake_echo"}, 2, "needs a file name"},
         {"unknown hxhost option", {"--frobnicate"}, 2, "unknown option --frobnicate"},
         {"unterminated quote", {"-c", "load -x \"a"}, 2, "unterminated double quote"},
         {"missing script", {"/no/such/script.hx"}, 2, "cannot read the script"},
-        {"reader returns 0", QStringList(kFake) << "-c" << "load -fake_echo a.csv fail -dataOnly" << "-c" << "load -fake_echo b.csv -dataOnly", 1, "created nothing"},
-        {"reader not exported", QStringList(kFake) << "-c" << "load -fake_missing a.csv -dataOnly", 1, "does not export it"},
-        {"dialog without display", QStringList(kFake) << "-c" << "load -fake_echo a.csv", 1, "needs a display"},
-        {"replay without display", QStringList(kFake) << "-c" << "load -fake_echo a.csv -dataOnly", 0, ""},
+        {"reader returns 0", kFake + QStringList{"-c", "load -fake_echo a.csv fail -dataOnly", "-c",
+                                                 "load -fake_echo b.csv -dataOnly"}, 1, "created nothing"},
+        {"reader not exported", kFake + QStringList{"-c", "load -fake_missing a.csv -dataOnly"}, 1,
+         "does not export it"},
+        {"dialog without display", kFake + QStringList{"-c", "load -fake_echo a.csv"}, 1, "needs a display"},
+        {"replay without display", kFake + QStringList{"-c", "load -fake_echo a.csv -dataOnly"}, 0, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -42,13 +55,11 @@ TEST(Hxhost, ExitStatuses)
 TEST(Hxhost, RunsScriptsAndNamesObjectsUniquely)
 {
     EXPECT_EQ(runHxhost({}).json, QJsonObject({{"objects", QJsonArray()}, {"messages", QJsonArray()}}));
-
-    const QString script = QString::fromLatin1(HX_TEST_PACKAGES "/script.hx");
-    QFile f(script);
+    QFile f(QString::fromLatin1(HX_TEST_PACKAGES "/script.hx"));
     ASSERT_TRUE(f.open(QIODevice::WriteOnly));
     f.write("# a comment\n\nload -fake_lineset a.csv -dataOnly\n  load -fake_lineset a.csv -dataOnly\n");
     f.close();
-    HostRun r = runHxhost(QStringList(kFake) << script);
+    HostRun r = runHxhost(kFake + QStringList{f.fileName()});
     EXPECT_EQ(r.exitCode, 0) << r.err.constData();
     ASSERT_EQ(r.objects().size(), 2);
     EXPECT_EQ(r.objects()[1].toObject().value("name").toString(), "a.csv2");
@@ -56,7 +67,7 @@ TEST(Hxhost, RunsScriptsAndNamesObjectsUniquely)
 
 TEST(Hxhost, ListsOnlyLibrariesWithAPackageEntry)
 {
-    HostRun r = runHxhost(QStringList(kFake) << "--list", false);
+    HostRun r = runHxhost(kFake + QStringList{"--list"}, false);
     EXPECT_EQ(r.exitCode, 0) << r.err.constData();
     EXPECT_TRUE(r.out.contains("package fakepkg 0.1")) << r.out.constData();
     EXPECT_TRUE(r.out.contains("load -fake_cluster")) << r.out.constData();
@@ -66,8 +77,8 @@ TEST(Hxhost, ListsOnlyLibrariesWithAPackageEntry)
 
 TEST(Hxhost, JsonRoundTripsEveryNumberAndText)
 {
-    HostRun r = runHxhost(QStringList(kFake) << "-c" << "load -fake_cluster /tmp/c.csv -dataOnly" << "-c"
-                                             << "load -fake_echo \"a\tb\nc\\\\\" fail -dataOnly");
+    HostRun r = runHxhost(kFake + QStringList{"-c", "load -fake_cluster /tmp/c.csv -dataOnly", "-c",
+                                              "load -fake_echo \"a\tb\nc\\\\\" fail -dataOnly"});
     ASSERT_EQ(r.objects().size(), 1) << r.out.constData();
     QJsonObject c = r.objects()[0].toObject();
     EXPECT_EQ(c.value("class").toString(), "HxCluster");
@@ -83,4 +94,51 @@ TEST(Hxhost, JsonRoundTripsEveryNumberAndText)
     const QJsonArray messages = r.json.value("messages").toArray();
     EXPECT_TRUE(messages.contains(QJsonObject({{"level", "info"}, {"text", "arg[0]=<a\tb\nc\\>"}}))) << r.out.constData();
     EXPECT_TRUE(messages.last().toObject().value("level") == "error") << r.out.constData();
+}
+
+// Fields are checked on the importer's own, in the field tests.
+TEST(VtkExport, ClustersAndLineSetsArePolyData)
+{
+    QTemporaryDir dir;
+    // Both columns are named "Id" like the ids: VTK keeps one array per name.
+    HostRun r = exportRun(dir.path(), {"load -fake_cluster /tmp/c.csv Id -dataOnly", "load -fake_lineset l.csv -dataOnly"});
+    EXPECT_EQ(r.exitCode, 0) << r.err.constData();
+    VtkFile f = readVtk(dir.filePath("c.csv.vtp"));
+    EXPECT_EQ(f.attr("VTKFile", "type"), "PolyData");
+    EXPECT_EQ(f.attr("VTKFile", "header_type"), "UInt64");
+    EXPECT_EQ(f.attr("Piece", "NumberOfVerts"), "3");
+    EXPECT_EQ(f.arrays.keys(), QStringList({"PointData/Id", "PointData/Id2", "PointData/Id3", "Points/",
+                                            "Verts/connectivity", "Verts/offsets"}));
+    EXPECT_EQ(f.values<float>("Points/"), std::vector<float>({0.1f, 0, -0.3f, -1e-38f, 2, -0.3f,
+                                                              3.4028235e38f, 4, -0.3f}));
+    EXPECT_EQ(f.attr("PointData/Id", "type"), "Int32");
+    EXPECT_EQ(f.values<int>("PointData/Id"), std::vector<int>({1, 2, 3}));
+    EXPECT_EQ(f.attr("PointData/Id2", "type"), "Float32");
+    const std::vector<float> data = f.values<float>("PointData/Id2");
+    EXPECT_TRUE(data.size() == 3 && std::isnan(data[0]) && data[2] == -INFINITY);
+    // Strings as VTK's own writer stores them: UTF-8, each ended by a NUL.
+    EXPECT_EQ(f.attr("PointData/Id3", "tag") + " " + f.attr("PointData/Id3", "type"), "Array String");
+    const char labels[] = "l\xc3\xa4" "bel \"0\"\0l\xc3\xa4" "bel \"1\"\0l\xc3\xa4" "bel \"2\"";
+    EXPECT_EQ(f.bytes("PointData/Id3"), QByteArray(labels, sizeof labels));
+    EXPECT_EQ(f.values<qint64>("Verts/connectivity"), std::vector<qint64>({0, 1, 2}));
+    EXPECT_EQ(f.values<qint64>("Verts/offsets"), std::vector<qint64>({1, 2, 3}));
+
+    f = readVtk(dir.filePath("l.csv.vtp"));
+    EXPECT_EQ(f.attr("Piece", "NumberOfLines"), "2");
+    EXPECT_EQ(f.values<qint64>("Lines/connectivity"), std::vector<qint64>({0, 1, 2}));
+    EXPECT_EQ(f.values<qint64>("Lines/offsets"), std::vector<qint64>({2, 3}));
+    EXPECT_EQ(f.values<float>("PointData/Data0"), std::vector<float>({0, 0.5f, 1}));
+}
+
+TEST(VtkExport, ReportsWhatCannotBeWrittenAndWritesTheRest)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir("a.csv.vtp"));
+    HostRun r = exportRun(dir.path(), {"load -fake_lineset a.csv -dataOnly", "load -fake_lineset b.csv -dataOnly"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(r.err.contains("cannot write " + dir.filePath("a.csv.vtp").toUtf8())) << r.err.constData();
+    EXPECT_TRUE(QFile::exists(dir.filePath("b.csv.vtp")));
+    r = exportRun(dir.filePath("b.csv.vtp"), {"load -fake_lineset c.csv -dataOnly"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(r.err.contains("cannot create the folder")) << r.err.constData();
 }

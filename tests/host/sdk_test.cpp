@@ -5,7 +5,7 @@
 #include "McDArray.h"
 #include "McString.h"
 
-TEST(McDArray, KeepsItsElementsWhenItGrows)
+TEST(Sdk, ArraysStringsAndParameters)
 {
     // Non-trivial elements survive growth, even when the source of an
     // append lives inside the array being grown.
@@ -17,31 +17,21 @@ TEST(McDArray, KeepsItsElementsWhenItGrows)
     s.clear();
     ASSERT_EQ(copy.size(), 21);
     EXPECT_EQ(copy[20], "a long text that does not fit inline in the string object");
-}
 
-TEST(McString, FormatsExplodesAndConvertsAsLatin1)
-{
     EXPECT_EQ(McString("caf\xe9").toQString(), QString::fromUtf8("café"));
     EXPECT_EQ(McString::fromQString(QString::fromUtf8("café")), "caf\xe9");
-    McString s;
-    EXPECT_EQ(s.printf("%s!", std::string(1000, 'z').c_str()).length(), 1001);
-    EXPECT_STREQ(s.setInt64(-9000000000LL).getString(), "-9000000000"); // byte counts past 32 bits
-
-    const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"a,,b", {"a", "", "b"}}, {"", {""}}, {",", {"", ""}}};
-    for (const auto& [text, expected] : cases) {
+    McString m;
+    EXPECT_EQ(m.printf("%s!", std::string(1000, 'z').c_str()).length(), 1001);
+    EXPECT_STREQ(m.setInt64(-9000000000LL).getString(), "-9000000000"); // byte counts past 32 bits
+    for (const auto& [text, expected] : {std::pair<const char*, std::vector<std::string>>{"a,,b", {"a", "", "b"}},
+                                         {"", {""}}, {",", {"", ""}}}) {
         SCOPED_TRACE(text);
         McDArray<McString> parts;
         McString(text).explode(',', parts);
-        std::vector<std::string> got;
-        for (const McString& p : parts)
-            got.push_back(p.getString());
-        EXPECT_EQ(got, expected);
+        EXPECT_EQ(std::vector<std::string>(parts.begin(), parts.end()), expected);
     }
-}
 
-TEST(HxParamBundle, InsertModeOneReplacesByName)
-{
+    // Insert mode 1 replaces a parameter of the same name.
     HxParamBundle b;
     b.insert(new HxParameter("LoadCmd", "first"), 1);
     b.insert(new HxParameter("Other", "x"), 1);

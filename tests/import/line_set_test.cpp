@@ -16,14 +16,6 @@ QRadioButton* modeButton(QxCSVLineSetImport& d, Mode m)
     return buttons[m];
 }
 
-QString checkedModes(QxCSVLineSetImport& d)
-{
-    QString modes;
-    for (Mode m : {OneLine, Count, Delimiter})
-        modes += modeButton(d, m)->isChecked() ? "1" : "0";
-    return modes;
-}
-
 using LineSet = ImportTest;
 
 } // namespace
@@ -57,40 +49,41 @@ TEST_F(LineSet, ModesWrittenAndReadBack)
         QxCSVLineSetImport d;
         Args a(QString("load -line_set_csv f.csv ") + r.args);
         d.takeReplayArguments(a.argc(), a.argv.data());
-        EXPECT_EQ(checkedModes(d), r.modes);
+        QString modes;
+        for (Mode m : {OneLine, Count, Delimiter})
+            modes += modeButton(d, m)->isChecked() ? "1" : "0";
+        EXPECT_EQ(modes, r.modes);
         EXPECT_EQ(d.lineEditVerticalDelimiter->text(), r.delimiter);
     }
 }
 
 TEST_F(LineSet, BuilderFormsLinesInEachMode)
 {
+    using A = QJsonArray;
     struct Case {
         const char* what;
         Mode mode;
         int values; // per vertex
         const char* csv;
-        QJsonArray lines, data; // no lines: the data end inside a vertex
-        bool checkShots;
+        A lines, data; // no lines: the data end inside a vertex
+        bool checkShots = false;
     } cases[] = {
-        {"counts", Count, 0, "2 0 0 0 1 1 1\n1 5 5 5\n", {QJsonArray{0, 1}, QJsonArray{2}}, {}, false},
-        {"counts with values", Count, 1, "1 0 0 0 7\n2 1 1 1 8 2 2 2 9\n", {QJsonArray{0}, QJsonArray{1, 2}},
-         {QJsonArray{7, 8, 9}}, false},
-        {"one line", OneLine, 1, "0 0 0 7\n1 1 1 8\n", {QJsonArray{0, 1}}, {QJsonArray{7, 8}}, false},
-        {"one spare value is ignored", OneLine, 1, "0 0 0 7\n1 1 1 8 9\n", {QJsonArray{0, 1}}, {QJsonArray{7, 8}}, false},
-        {"the check-shot box changes nothing", OneLine, 1, "0 0 0 7\n1 1 1 8\n", {QJsonArray{0, 1}}, {QJsonArray{7, 8}},
-         true},
-        {"a break on a vertex's x ends a line", Delimiter, 1, "0 0 0 7\n1 1 1 8\nEND\n2 2 2 9\n",
-         {QJsonArray{0, 1}, QJsonArray{2}}, {QJsonArray{7, 8, 9}}, false},
-        {"a break on a y ends none", Delimiter, 1, "0 0 0 7\n1\nEND\n1 1 8\n2 2 2 9\n", {QJsonArray{0, 1, 2}},
-         {QJsonArray{7, 8, 9}}, false},
-        {"a break on a z ends none", Delimiter, 1, "0 0 0 7\n1 1\nEND\n1 8\n2 2 2 9\n", {QJsonArray{0, 1, 2}},
-         {QJsonArray{7, 8, 9}}, false},
-        {"a break on a value ends none", Delimiter, 1, "0 0 0 7\n1 1 1\nEND\n8\n2 2 2 9\n", {QJsonArray{0, 1, 2}},
-         {QJsonArray{7, 8, 9}}, false},
+        {"counts", Count, 0, "2 0 0 0 1 1 1\n1 5 5 5\n", {A{0, 1}, A{2}}, {}},
+        {"counts with values", Count, 1, "1 0 0 0 7\n2 1 1 1 8 2 2 2 9\n", {A{0}, A{1, 2}}, {A{7, 8, 9}}},
+        {"one line", OneLine, 1, "0 0 0 7\n1 1 1 8\n", {A{0, 1}}, {A{7, 8}}},
+        {"one spare value is ignored", OneLine, 1, "0 0 0 7\n1 1 1 8 9\n", {A{0, 1}}, {A{7, 8}}},
+        {"the check-shot box changes nothing", OneLine, 1, "0 0 0 7\n1 1 1 8\n", {A{0, 1}}, {A{7, 8}}, true},
+        {"a break on a vertex's x ends a line", Delimiter, 1, "0 0 0 7\n1 1 1 8\nEND\n2 2 2 9\n", {A{0, 1}, A{2}},
+         {A{7, 8, 9}}},
+        {"a break on a y ends none", Delimiter, 1, "0 0 0 7\n1\nEND\n1 1 8\n2 2 2 9\n", {A{0, 1, 2}}, {A{7, 8, 9}}},
+        {"a break on a z ends none", Delimiter, 1, "0 0 0 7\n1 1\nEND\n1 8\n2 2 2 9\n", {A{0, 1, 2}}, {A{7, 8, 9}}},
+        {"a break on a value ends none", Delimiter, 1, "0 0 0 7\n1 1 1\nEND\n8\n2 2 2 9\n", {A{0, 1, 2}},
+         {A{7, 8, 9}}},
         {"a break that ended none holds back the next", Delimiter, 1, "0 0 0 7\n1 1\nEND\n1 8\nEND\n2 2 2 9\n",
-         {QJsonArray{0, 1, 2}}, {QJsonArray{7, 8, 9}}, false},
-        {"two spare values start a pass that runs out", OneLine, 1, "0 0 0 7\n1 1 1 8 9 9\n", {}, {}, false},
-        {"a count beyond the data", Count, 0, "3 0 0 0 1 1 1\n", {}, {}, false},
+         {A{0, 1, 2}}, {A{7, 8, 9}}},
+        {"two spare values start a pass that runs out", OneLine, 1, "0 0 0 7\n1 1 1 8 9 9\n", {}, {}},
+        {"a count beyond the data", Count, 0, "3 0 0 0 1 1 1\n", {}, {}},
+        {"the data end inside the last vertex", Count, 0, "3 0 0 0 1 1 1 2 2\n", {}, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

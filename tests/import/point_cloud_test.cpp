@@ -28,14 +28,10 @@ QJsonArray firstColumn(const QJsonObject& cloud, const char* kind)
 
 TEST_F(PointCloud, BuilderMakesPointsValuesAndLabels)
 {
-    struct Value {
-        int entry; // picker entry: file column counted from 1, 0 = not read
-        int type;
-    };
     struct Case {
         const char *what, *csv;
         bool header;
-        std::vector<Value> values;
+        std::vector<std::pair<int, int>> values; // picker entry (file column from 1, 0 = not read), type
         QStringList dataNames;
         QJsonArray data;
         QStringList labelNames;
@@ -55,8 +51,8 @@ TEST_F(PointCloud, BuilderMakesPointsValuesAndLabels)
         d.setFileName(write("b.csv", c.csv).toLatin1());
         d.firstLineColumnLabels->setChecked(c.header);
         for (size_t v = 0; v < c.values.size(); ++v) {
-            d.setPhysicalColumnIndex(3 + v, c.values[v].entry - 1);
-            d.dataTypePicker(3 + v)->setCurrentIndex(c.values[v].type);
+            d.setPhysicalColumnIndex(3 + v, c.values[v].first - 1);
+            d.dataTypePicker(3 + v)->setCurrentIndex(c.values[v].second);
         }
         EXPECT_EQ(d.parseFile(), 1);
         const QJsonObject cloud = d.createdCluster() ? jsonOf(d.createdCluster()) : QJsonObject();
@@ -107,11 +103,9 @@ TEST_F(PointCloud, ReaderEntryShowsTheDialogOrReplays)
         EXPECT_EQ(consoleTexts(HxMessage::Warning).size(), c.warnings);
         EXPECT_EQ(consoleTexts(HxMessage::Error), c.error ? QStringList(file + ": " + c.error) : QStringList());
         EXPECT_EQ(HxObjectPool::instance()->objects().size(), c.dataColumns >= 0 ? 1u : 0u);
-        if (c.dataColumns >= 0 && lastObject()) {
-            const QJsonObject cloud = jsonOf(lastObject());
-            EXPECT_EQ(columnNames(cloud, "labelColumns"), c.labels);
-            EXPECT_EQ(columnNames(cloud, "dataColumns").size(), c.dataColumns);
-        }
+        const QJsonObject cloud = c.dataColumns >= 0 && lastObject() ? jsonOf(lastObject()) : QJsonObject();
+        EXPECT_EQ(columnNames(cloud, "labelColumns"), c.labels);
+        EXPECT_EQ(columnNames(cloud, "dataColumns").size(), std::max(c.dataColumns, 0));
     }
 }
 
@@ -120,9 +114,9 @@ TEST_F(PointCloud, SurveyImportReplaysOnceButNotTwice)
     ModalDriver<QxCSVPointClusterImport> driver([](QxCSVPointClusterImport& d) {
         d.comboBoxColumnDelimiter->setCurrentIndex(1);
         d.firstLineColumnLabels->setChecked(true);
-        const int picks[][2] = {{3, 4}, {4, 3}, {5, 5}};
-        for (const auto& p : picks)
-            d.setPhysicalColumnIndex(p[0], p[1]);
+        d.setPhysicalColumnIndex(3, 4);
+        d.setPhysicalColumnIndex(4, 3);
+        d.setPhysicalColumnIndex(5, 5);
         d.dataTypePicker(3)->setCurrentIndex(QxCSVPointClusterImport::StringValues);
         d.pushButtonOK->click();
     });

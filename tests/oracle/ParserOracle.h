@@ -40,9 +40,9 @@ using CsvResult = std::map<std::string, std::vector<std::string>>;
 inline std::string describe(const CsvResult& r)
 {
     std::string s;
-    for (const auto& entry : r) {
-        s += entry.first + ":";
-        for (const std::string& v : entry.second)
+    for (const auto& [name, values] : r) {
+        s += name + ":";
+        for (const std::string& v : values)
             s += "|" + v;
         s += "\n";
     }
@@ -89,31 +89,21 @@ public:
     {
         std::string r;
         if (s.header && fgetline(r)) { // no quotes, angle brackets blank; split at the delimiter's first character
-            std::string clean;
-            for (char c : r)
-                if (c != '"')
-                    clean += c == '<' || c == '>' ? ' ' : c;
-            for (size_t from = 0, to; from <= clean.size(); from = to + 1) {
-                to = std::min(clean.find(char(first(s.delimiter)), from), clean.size());
-                std::string name = clean.substr(from, to - from);
-                while (name.size() > 1 && name.back() == ' ') // a name of blanks keeps one
-                    name.pop_back();
-                while (name.size() > 1 && name[0] == ' ')
-                    name.erase(0, 1);
-                result["names"].push_back(name);
+            const QString line = QString::fromLatin1(r.c_str()).remove('"').replace('<', ' ').replace('>', ' ');
+            for (QString name : line.split(QChar(first(s.delimiter)))) {
+                while (name.size() > 1 && name.endsWith(' ')) // a name of blanks keeps one
+                    name.chop(1);
+                while (name.size() > 1 && name.startsWith(' '))
+                    name.remove(0, 1);
+                result["names"].push_back(name.toLatin1().toStdString());
             }
         }
         // The header flag, set before the start line, moves a start of 1 to 2.
         const int start = s.header && s.headerFlagFirst && s.start == 1 ? 2 : s.start;
         int count = 0, read = 0;
         skip(start - 1);
-        if (s.plainLines) { // whole pieces; markers in full, case ignored
-            while (piece(r))
-                count += !startsNoCase(r, s.comment) && !startsNoCase(r, s.breakText);
-        } else {
-            while (record(r, count)) {
-            }
-        }
+        while (s.plainLines ? piece(r) : record(r, count)) // plain lines: markers in full, case ignored
+            count += s.plainLines && !startsNoCase(r, s.comment) && !startsNoCase(r, s.breakText);
         skip(start - 1);
         joined = 0; // the reading starts afresh
         continued = false;
@@ -138,6 +128,7 @@ public:
     bool record(std::string& r, int& count)
     {
         const int delimiter = first(s.delimiter), breakChar = first(s.breakText), comment = first(s.comment);
+        const std::string stored = delimiter ? std::string(1, char(delimiter)) : "";
         for (;;) {
             enum { Open, ByCount, ByBreak, Other } end = Open;
             enum { Data, Comment, Break } kind = Data;
@@ -153,9 +144,11 @@ public:
                 const QStringList fields = split(r);
                 for (const Binding& b : s.bindings) {
                     bool ok = true;
-                    if (b.index >= 0 && b.index < fields.size() && b.kind == Double)
+                    if (b.index < 0 || b.index >= fields.size())
+                        continue;
+                    if (b.kind == Double)
                         fields[b.index].toDouble(&ok);
-                    if (b.index >= 0 && b.index < fields.size() && (b.kind == Float || b.kind == FloatRows))
+                    if (b.kind == Float || b.kind == FloatRows)
                         fields[b.index].toFloat(&ok);
                     if (ok)
                         continue;
@@ -163,7 +156,7 @@ public:
                     continued = true;
                     r.clear();
                     for (int i = 1; i < fields.size(); ++i)
-                        r += fields[i].toLatin1().toStdString() + (delimiter ? std::string(1, char(delimiter)) : "");
+                        r += fields[i].toLatin1().toStdString() + stored;
                     delimiters = fields.size() - 1;
                     return Open;
                 }
@@ -191,7 +184,7 @@ public:
                         --at;
                         end = Other;
                     } else {
-                        r += delimiter ? std::string(1, char(delimiter)) : "";
+                        r += stored;
                         if (++delimiters == lastIndex + 1 + joined)
                             end = complete(ByCount);
                     }
@@ -209,7 +202,7 @@ public:
                 }
             }
             if (end == ByCount && !lineEnd && !s.noLineBreaks) // fields past the needed ones go
-                at = file.find('\n', at) == std::string::npos ? file.size() : file.find('\n', at) + 1;
+                at = std::min(file.find('\n', at), file.size() - 1) + 1;
             if (kind == Break && count == 0) // no block break before the first data
                 continue;
             count += kind == Data;
@@ -223,9 +216,9 @@ public:
         for (size_t i = 0; i < s.bindings.size(); ++i) {
             const int kind = s.bindings[i].kind;
             const bool kept = kind == FloatVector || kind == DoubleVector || kind == FloatRows;
-            const bool text = kind == Text || kind == TextRows;
+            const bool texts = kind == Text || kind == TextRows;
             if (kind != Unbuffered)
-                result[key(s.bindings[i], i)].assign(rows, kept ? oracle::text(unwritten) : text ? "" : "0");
+                result[key(s.bindings[i], i)].assign(rows, kept ? text(unwritten) : texts ? "" : "0");
             if (kind == TextNumber)
                 result[key(s.bindings[i], i) + " misses"] = {"0", "-1", ""};
         }
@@ -235,16 +228,19 @@ public:
     // or a row stored at rowIndex, a value that does not convert as 0.
     int store(const std::string& record, int rowIndex)
     {
-        const QString r = QString::fromLatin1(record.data(), static_cast<int>(record.size()));
-        if (!s.comment.empty() && r.startsWith(QString::fromLatin1(s.comment.c_str())))
+        const auto startsWith = [&](const std::string& marker) {
+            return !marker.empty() && record.compare(0, marker.size(), marker) == 0;
+        };
+        if (startsWith(s.comment))
             return -2;
-        if (!s.breakText.empty() && r.startsWith(QString::fromLatin1(s.breakText.c_str()))) {
+        if (startsWith(s.breakText)) {
             result["breaks"].push_back(std::to_string(rowIndex));
             return -2;
         }
         const QStringList fields = split(record);
+        const Failure columns{2, "Unexpected number of columns (line " + std::to_string(rowIndex) + ")"};
         if (!s.ignoreColumnCount && fields.size() < lastIndex + 1)
-            throw Failure{2, "Unexpected number of columns (line " + std::to_string(rowIndex) + ")"};
+            throw columns;
         for (size_t p = 0; p < s.bindings.size(); ++p) {
             const Binding& b = s.bindings[p];
             if (b.index < 0)
@@ -252,7 +248,7 @@ public:
             // A short record feeds its first field to the bindings past its end.
             const int i = s.ignoreColumnCount && fields.size() <= static_cast<int>(p) ? 0 : b.index;
             if (i >= fields.size())
-                throw Failure{2, "Unexpected number of columns (line " + std::to_string(rowIndex) + ")"};
+                throw columns;
             const QString& f = fields[i];
             const std::string unquoted = (f.startsWith('"') ? f.mid(1, f.size() - 2) : f).toLatin1().toStdString();
             bool ok = true;

@@ -22,8 +22,8 @@ inline std::string visible(const std::string& s)
     std::string out;
     for (unsigned char c : s) {
         char code[8];
-        std::snprintf(code, sizeof code, "\\x%02x", c);
-        out += c == '\n' ? "\\n\n" : c >= 32 && c < 127 && c != '\\' ? std::string(1, char(c)) : std::string(code);
+        std::snprintf(code, sizeof code, c == '\n' ? "\\n\n" : c >= 32 && c < 127 && c != '\\' ? "%c" : "\\x%02x", c);
+        out += code;
     }
     return out;
 }
@@ -31,9 +31,7 @@ inline std::string visible(const std::string& s)
 // Two long texts from a little before their first difference.
 inline std::string firstDifference(const std::string& got, const std::string& expected)
 {
-    size_t i = 0;
-    while (i < got.size() && i < expected.size() && got[i] == expected[i])
-        ++i;
+    const size_t i = std::mismatch(got.begin(), got.end(), expected.begin(), expected.end()).first - got.begin();
     const size_t from = i > 300 ? i - 300 : 0;
     return "got:\n" + visible(got.substr(from, 600)) + "\nexpected:\n" + visible(expected.substr(from, 600));
 }
@@ -41,8 +39,7 @@ inline std::string firstDifference(const std::string& got, const std::string& ex
 // The environment variable when set, else the count that CI runs.
 inline long long runCount(const char* variable, long long ciCount)
 {
-    const char* n = std::getenv(variable);
-    return n ? std::atoll(n) : ciCount;
+    return std::getenv(variable) ? std::atoll(std::getenv(variable)) : ciCount;
 }
 
 // The input reads blocks of this size while it lives.
@@ -76,15 +73,13 @@ public:
         plain = !messy && pick(2) == 0;
         std::string out;
         for (int i = pick(8) == 0 ? pick(200) : pick(25); i > 0; --i) {
-            std::string line;
-            switch (pick(messy ? 20 : 60)) {
-            case 0: line = l.comment + words(); break;
-            case 1: line = l.breakText + (pick(2) ? "" : words()); break;
-            case 2: break;
-            case 3: line = junk(pick(30), nullptr); break;
-            case 4: line = pieceSized(l); break;
-            default: line = row(l, pick(messy ? 5 : 30) ? l.fields : pick(9)); break;
-            }
+            const int kind = pick(messy ? 20 : 60);
+            const std::string line = kind == 0   ? l.comment + words()
+                                     : kind == 1 ? l.breakText + (pick(2) ? "" : words())
+                                     : kind == 2 ? ""
+                                     : kind == 3 ? junk(pick(30), nullptr)
+                                     : kind == 4 ? pieceSized(l)
+                                                 : row(l, pick(messy ? 5 : 30) ? l.fields : pick(9));
             if (l.block <= 4096 && pick(3) == 0)
                 alignEnd(out, line.size(), l);
             out += line + (pick(4) ? "\n" : pick(3) == 0 ? "\r\n" : pick(2) ? "\r" : "\n\n");
@@ -124,7 +119,6 @@ public:
         static const char* words[] = {"inf", "nan", "infinity", "in", "na", "infx", "nan(123)", "nan()", "nana", "i"};
         static const int64_t edges[] = {0, 1, INT32_MAX, INT32_MIN, 1LL << 32, INT64_MAX, INT64_MIN};
         std::string s;
-        uint64_t v = 0;
         switch (pick(10)) {
         case 0: case 1: s = sign() + digits(length()) + (pick(2) ? "." + digits(length()) : "") + exponent(); break;
         case 2: s = printed(); break;
@@ -133,12 +127,13 @@ public:
                         : tie(randomBits<double, uint64_t>(~0ull));
             break;
         case 4: s = nearLimit(); break;
-        case 5: // around the ends of int32 and int64, with zeros before or digits past any range
-            v = static_cast<uint64_t>(pick(2) ? edges[pick(7)] : int64_t(rng()) >> pick(63));
+        case 5: { // around the ends of int32 and int64, with zeros before or digits past any range
+            const uint64_t v = static_cast<uint64_t>(pick(2) ? edges[pick(7)] : int64_t(rng()) >> pick(63));
             s = std::to_string(static_cast<int64_t>(v + pick(5) - 2)); // past the edges, wrapping at int64's
             s.insert(s[0] == '-' ? 1 : 0, pick(4) ? "" : std::string(1 + pick(20), '0'));
             s = (pick(5) ? "" : "+") + s + (pick(6) ? "" : "99999999999999999999");
             break;
+        }
         case 6:
             s = sign() + words[pick(10)];
             for (char& c : s)
@@ -166,11 +161,11 @@ public:
 private:
     std::string row(const Layout& l, int fields)
     {
-        const bool ends = pick(plain ? 40 : 8) == 0; // delimiters at the line's ends
-        std::string out = ends ? separator(l, true) : "";
+        const std::string end = pick(plain ? 40 : 8) == 0 ? separator(l, true) : ""; // delimiters at the line's ends
+        std::string out = end;
         for (int i = 0; i < fields; ++i)
             out += (i > 0 ? separator(l, true) : "") + field(l);
-        return ends ? out + separator(l, true) : out;
+        return end.empty() ? out : out + separator(l, true);
     }
 
     std::string field(const Layout& l)
@@ -183,7 +178,7 @@ private:
         case 0: return "\"" + words() + separator(l, true) + words() + "\"";
         case 1: return words();
         case 2: return "\"" + number() + (pick(2) ? "\"" : "");
-        case 3: return junk(pick(7), "0123456789+-.eE,;\"");
+        case 3: return junk(pick(7), "0123456789+-.eE,;\"/:"); // the bytes beside the digits too
         case 4: return std::string(1, "\"\r\0\x85\n"[pick(5)]);
         default: return pick(3) ? shortDecimal() : number();
         }
@@ -281,7 +276,7 @@ private:
     {
         const T next = std::nextafter(x, std::copysign(std::numeric_limits<T>::infinity(), x));
         const long double mid = (x + (std::isfinite(next) ? next : 2.0L * x - std::nextafter(x, T(0)))) / 2;
-        std::string s = format("%.*Le", pick(4) ? 20 + pick(60) : 700 + pick(100), mid);
+        const std::string s = format("%.*Le", pick(4) ? 20 + pick(60) : 700 + pick(100), mid);
         std::string mantissa = s.substr(0, s.find('e'));
         while (mantissa.size() > 3 && mantissa.back() == '0' && pick(2))
             mantissa.pop_back();

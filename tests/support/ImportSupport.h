@@ -57,14 +57,13 @@ inline QStringList consoleTexts(HxMessage::Level level)
 
 // The words after "load -OPTION" of a command line, split as hxhost does.
 struct Args {
-    explicit Args(const std::string& command)
+    explicit Args(const QString& command)
     {
         std::string error;
-        EXPECT_TRUE(hxhost::splitCommandLine(command, words, error)) << command << ": " << error;
+        EXPECT_TRUE(hxhost::splitCommandLine(command.toStdString(), words, error)) << command.toStdString() << error;
         for (size_t i = 2; i < words.size(); ++i)
             argv.push_back(words[i].c_str());
     }
-    explicit Args(const QString& command) : Args(command.toStdString()) {}
     int argc() const { return static_cast<int>(argv.size()); }
     std::vector<std::string> words;
     std::vector<const char*> argv;

@@ -1,6 +1,7 @@
 #pragma once
-// Reads a VTK XML file that hxhost --export wrote: the XML header as
-// attributes and the raw appended block.
+// Reads a VTK XML file that hxhost --export wrote: the attributes of its
+// elements by tag and of its arrays by "Section/Name" (plus "tag"), and the
+// raw appended block after its '_'.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -9,8 +10,6 @@
 #include <cstring>
 #include <vector>
 
-// The attributes of the file's elements by tag and of its arrays by
-// "Section/Name" (plus "tag"), and the raw appended block after its '_'.
 struct VtkFile {
     QMap<QString, QXmlStreamAttributes> elements, arrays;
     QByteArray block;
@@ -57,12 +56,11 @@ inline VtkFile readVtk(const QString& path)
             continue;
         const QString name = xml.name().toString();
         QXmlStreamAttributes attributes = xml.attributes();
-        if (name == "DataArray" || name == "Array") {
-            attributes.append("tag", name);
+        attributes.append("tag", name);
+        if (name == "DataArray" || name == "Array")
             f.arrays[open.last() + "/" + attributes.value("Name").toString()] = attributes;
-        } else {
+        else
             f.elements[name] = attributes;
-        }
         open << name;
     }
     return f;
