@@ -97,49 +97,42 @@ TEST(Console, ShowsTwentyMessagesOfAKindPerLoad)
     }
 }
 
-// Names, messages and errors reach the console escaped and the JSON as they are.
-TEST(Console, EscapesEveryLine)
+// Names, messages and errors reach the console escaped and the JSON as they
+// are; --strict fails a load that printed an error; no arguments: the usage.
+TEST(Console, EscapesEveryLineAndStrictFailsOnErrors)
 {
     QTemporaryDir dir;
     const QString name = QString::fromUtf8("t\tab\x1b[2J.csv");
     writeFile(dir.filePath(name), "1,2,3\n");
+    const QStringList strict = kFake + QStringList{"--strict", "-c"};
     const struct {
         QStringList args;
+        int status;
         std::vector<const char*> shown;
+        bool strictShown;
     } cases[] = {
-        {{"-c", replayOfLattice(dir.filePath(name), 3)},
-         {"created \"t\\tab\\x1b[2J.csv\"", "\\tab\\x1b[2J.csv\" \"CSVUniformScalarField"}}, // and the LoadCmd
-        {QStringList(kFake) << "-c" << QString::fromUtf8("load -fake_echo \"\xc2\x85\r\" -dataOnly"), {"arg[0]=<\\u0085\\r>"}},
-        {{"--frob\x1b"}, {"unknown option --frob\\x1b"}},
+        {{"-c", replayOfLattice(dir.filePath(name), 3)}, 0,
+         {"created \"t\\tab\\x1b[2J.csv\"", "\\tab\\x1b[2J.csv\" \"CSVUniformScalarField"}, false}, // and the LoadCmd
+        {kFake + QStringList{"-c", QString::fromUtf8("load -fake_echo \"\xc2\x85\r\" -dataOnly")}, 0, {"arg[0]=<\\u0085\\r>"}, false},
+        {{"--frob\x1b"}, 2, {"unknown option --frob\\x1b"}, false},
+        {kFake + QStringList{"-c", "load -fake_echo a.csv \"error: no luck\" -dataOnly"}, 0, {"error: no luck"}, false},
+        {strict + QStringList{"load -fake_echo a.csv \"error: no luck\" -dataOnly"}, 1, {}, true},
+        {strict + QStringList{"load -fake_echo a.csv -dataOnly"}, 0, {}, false},
+        {strict + QStringList{"load -fake_echo a.csv fail -dataOnly"}, 1, {}, false},
+        {{}, 2, {"usage: hxhost"}, false},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.shown[0]);
-        HostRun r = runHxhost(c.args);
+        SCOPED_TRACE(c.args.join(' ').toStdString());
+        HostRun r = runHxhost(c.args, !c.args.isEmpty());
+        EXPECT_EQ(r.exitCode, c.status) << r.err.constData();
         for (const char* shown : c.shown)
             EXPECT_TRUE(r.err.contains(shown)) << shown << "\n" << r.err.constData();
+        EXPECT_EQ(r.err.contains("(--strict)"), c.strictShown) << r.err.constData();
         EXPECT_FALSE(r.err.contains('\x1b') || r.err.contains('\t') || r.err.contains('\r')) << r.err.constData();
-        if (!r.objects().isEmpty()) {
+        EXPECT_TRUE(!c.args.isEmpty() || (r.err.startsWith("usage: hxhost") && r.out.isEmpty()));
+        if (c.args.value(0) == "-c") {
             EXPECT_EQ(r.objects()[0].toObject().value("name").toString(), name);
         }
-    }
-}
-
-TEST(Console, StrictFailsALoadThatPrintedAnError)
-{
-    const struct {
-        const char* command;
-        int status, strictStatus;
-    } cases[] = {
-        {"load -fake_echo a.csv \"error: no luck\" -dataOnly", 0, 1},
-        {"load -fake_echo a.csv -dataOnly", 0, 0},
-        {"load -fake_echo a.csv fail -dataOnly", 1, 1},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.command);
-        EXPECT_EQ(runHxhost(QStringList(kFake) << "-c" << c.command).exitCode, c.status);
-        HostRun strict = runHxhost(QStringList(kFake) << "--strict" << "-c" << c.command);
-        EXPECT_EQ(strict.exitCode, c.strictStatus) << strict.err.constData();
-        EXPECT_EQ(strict.err.contains("(--strict)"), c.status != c.strictStatus) << strict.err.constData();
     }
 }
 
@@ -177,12 +170,4 @@ TEST(Console, SummarizesObjectsAndFlagsRebuiltLoadCommands)
     }
     // The JSON keeps the LoadCmd message without the notice.
     EXPECT_FALSE(QJsonDocument(r.json).toJson().contains("differs"));
-}
-
-TEST(Console, WithoutArgumentsShowsTheUsage)
-{
-    HostRun r = runHxhost({}, false);
-    EXPECT_EQ(r.exitCode, 2);
-    EXPECT_TRUE(r.err.startsWith("usage: hxhost")) << r.err.constData();
-    EXPECT_TRUE(r.out.isEmpty());
 }

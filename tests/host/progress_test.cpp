@@ -21,8 +21,6 @@
 #include "HostRun.h"
 #include "TerminalProgress.h"
 
-extern char** environ;
-
 namespace {
 
 struct FakeDisplay : HxProgress::Display {
@@ -32,54 +30,39 @@ struct FakeDisplay : HxProgress::Display {
     void ended() override { events.push_back("ended"); }
 };
 
-struct TerminalRun {
-    int exitCode = -1;
-    std::string out;
-};
-
-// Runs hxhost on a pseudo-terminal without a display. onOutput sees the
-// output so far each time more comes, and may signal hxhost.
-TerminalRun runOnTerminal(const QStringList& args, const std::function<void(pid_t, const std::string&)>& onOutput = {})
+// Runs hxhost without a display on a pseudo-terminal, returning its exit
+// status and output; onOutput sees the output so far and may signal hxhost.
+std::pair<int, std::string> runOnTerminal(const QStringList& args,
+                                          const std::function<void(pid_t, const std::string&)>& onOutput = {})
 {
-    std::vector<std::string> words = {HX_BIN_DIR "/hxhost"}, env;
+    std::vector<std::string> words = {"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "-u", "QT_QPA_PLATFORM",
+                                      HX_BIN_DIR "/hxhost"};
+    std::vector<char*> argv;
     for (const QString& a : args)
         words.push_back(a.toStdString());
-    for (char** e = environ; *e; ++e)
-        if (!QByteArray(*e).contains("DISPLAY=") && !QByteArray(*e).startsWith("QT_QPA_PLATFORM="))
-            env.push_back(*e);
-    std::vector<char*> argv, envp;
     for (std::string& w : words)
         argv.push_back(&w[0]);
-    for (std::string& e : env)
-        envp.push_back(&e[0]);
     argv.push_back(nullptr);
-    envp.push_back(nullptr);
     int master = -1;
     const pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
     if (pid == 0) {
-        execve(argv[0], argv.data(), envp.data());
+        execvp(argv[0], argv.data());
         _exit(127);
     }
-    TerminalRun r;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
+    std::string out;
     char buffer[4096];
-    for (pollfd p{master, POLLIN, 0}; std::chrono::steady_clock::now() < deadline;) {
-        if (poll(&p, 1, 100) <= 0)
-            continue;
-        const ssize_t n = read(master, buffer, sizeof buffer);
-        if (n <= 0)
-            break; // EIO: hxhost is gone
-        r.out.append(buffer, static_cast<size_t>(n));
+    pollfd p{master, POLLIN, 0};
+    for (ssize_t n; poll(&p, 1, 60000) > 0 && (n = read(master, buffer, sizeof buffer)) > 0;) { // EIO once it is gone
+        out.append(buffer, static_cast<size_t>(n));
         if (onOutput)
-            onOutput(pid, r.out);
+            onOutput(pid, out);
     }
-    if (std::chrono::steady_clock::now() >= deadline)
-        kill(pid, SIGKILL);
+    if (poll(&p, 1, 0) == 0)
+        kill(pid, SIGKILL); // silent for a minute: hung
     int status = 0;
     waitpid(pid, &status, 0);
     close(master);
-    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
 }
 
 const QString kDensityReplay = QStringLiteral(
@@ -88,37 +71,32 @@ const QString kDensityReplay = QStringLiteral(
 
 } // namespace
 
-TEST(HxProgress, OnlyTheOutermostWorkReachesTheDisplay)
+TEST(HxProgress, OnlyTheOutermostWorkIsShownAndAStopHoldsUntilItEnds)
 {
     FakeDisplay display;
     theProgress->setDisplay(&display);
-    theProgress->begin("outer");
-    theProgress->setFraction(0.2);
-    theProgress->begin("inner");
-    theProgress->setFraction(0.9);
-    theProgress->end();
-    for (double f : {0.1, std::nan(""), 0.5, 7.0}) // back, NaN, on, past the end
-        theProgress->setFraction(f);
-    theProgress->end();
-    theProgress->end(); // one end too many changes nothing
+    const auto begin = [](const char* text) { return [=] { theProgress->begin(text); }; };
+    const auto to = [](double f) { return [=] { theProgress->setFraction(f); }; };
+    const std::function<void()> end = [] { theProgress->end(); }, stop = [] { theProgress->requestStop(); };
+    const struct {
+        std::function<void()> act;
+        const char* shown;
+        bool stopped;
+    } steps[] = {
+        {begin("outer"), "begun outer", false}, {to(0.2), "20 %", false}, {begin("inner"), "", false},
+        {to(0.9), "", false}, {stop, "", true}, {end, "", true}, // held by the outer work
+        {to(0.1), "", true}, {to(std::nan("")), "", true}, {to(0.5), "50 %", true}, {to(7), "100 %", true},
+        {end, "ended", false}, {end, "", false}, // one end too many changes nothing
+        {stop, "", true}, {begin("next"), "begun next", true}, {end, "ended", false}, // a stop outside work is for the next
+    };
+    for (size_t i = 0; i < std::size(steps); ++i) {
+        SCOPED_TRACE(i);
+        display.events.clear();
+        steps[i].act();
+        EXPECT_EQ(display.events, std::vector<std::string>(*steps[i].shown ? 1 : 0, steps[i].shown));
+        EXPECT_EQ(theProgress->stopRequested(), steps[i].stopped);
+    }
     theProgress->setDisplay(nullptr);
-    EXPECT_EQ(display.events, std::vector<std::string>({"begun outer", "20 %", "50 %", "100 %", "ended"}));
-}
-
-TEST(HxProgress, AStopRequestHoldsUntilTheOutermostWorkEnds)
-{
-    theProgress->begin("outer");
-    theProgress->begin("inner");
-    theProgress->requestStop();
-    theProgress->end();
-    EXPECT_TRUE(theProgress->stopRequested());
-    theProgress->end();
-    EXPECT_FALSE(theProgress->stopRequested());
-    theProgress->requestStop(); // outside work: for the next
-    theProgress->begin("next");
-    EXPECT_TRUE(theProgress->stopRequested());
-    theProgress->end();
-    EXPECT_FALSE(theProgress->stopRequested());
 }
 
 TEST(TerminalProgress, RedrawsAtMostTenTimesASecondAroundConsoleLines)
@@ -145,6 +123,9 @@ TEST(TerminalProgress, RedrawsAtMostTenTimesASecondAroundConsoleLines)
         {60, [&] { bar.progressed(0.5); }, ""},
         {61, [&] { bar.ended(); }, "\r\x1b[K"},
         {62, [&] { bar.progressed(0.9); }, ""},
+        // 27 columns for the text and its percent: the cut falls inside the ä.
+        {63, [&] { hxhost::TerminalProgress(write, 28, [] { return 0.0; }).begun(QString::fromUtf8("Reading /a/very/long/p\xc3\xa4th/to/the/file.csv")); },
+         "\r...th/to/the/file.csv  0 %\x1b[K"},
     };
     for (const auto& s : steps) {
         SCOPED_TRACE(s.at);
@@ -155,24 +136,12 @@ TEST(TerminalProgress, RedrawsAtMostTenTimesASecondAroundConsoleLines)
     }
 }
 
-TEST(TerminalProgress, KeepsTheEndOfALongTextWithinTheTerminal)
-{
-    std::string out;
-    // 27 columns for the text and its percent: the cut falls inside the ä.
-    hxhost::TerminalProgress bar([&](const std::string& bytes) { out += bytes; }, 28, [] { return 0.0; });
-    bar.begun(QString::fromUtf8("Reading /a/very/long/p\xc3\xa4th/to/the/file.csv"));
-    EXPECT_EQ(out, "\r...th/to/the/file.csv  0 %\x1b[K");
-}
-
 TEST(DialogProgress, ShowsUpLateAndItsCancelAsksTheWorkToStop)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     int argc = 1;
     char name[] = "host_tests";
     char* argv[] = {name, nullptr};
     QApplication app(argc, argv);
-
     hxhost::DialogProgress display;
     theProgress->setDisplay(&display);
     theProgress->begin("Reading x.csv");
@@ -180,69 +149,37 @@ TEST(DialogProgress, ShowsUpLateAndItsCancelAsksTheWorkToStop)
     EXPECT_FALSE(display.dialog()->isVisible());
     QThread::msleep(hxhost::DialogProgress::kShowAfterMs + 100);
     theProgress->setFraction(0.25);
-    EXPECT_FALSE(theProgress->stopRequested());
     EXPECT_TRUE(display.dialog()->isVisible());
     EXPECT_EQ(display.dialog()->value(), hxhost::DialogProgress::kSteps / 4);
+    EXPECT_FALSE(theProgress->stopRequested());
     display.dialog()->findChild<QPushButton*>()->click();
     EXPECT_TRUE(theProgress->stopRequested());
     theProgress->end();
     theProgress->setDisplay(nullptr);
     EXPECT_FALSE(display.dialog());
-    EXPECT_FALSE(theProgress->stopRequested());
 }
 
 // The bar on a terminal, or in a pipe when asked for: drawn with its
 // percent, wiped before the lines that follow.
 TEST(HxhostProgress, ABarOnlyOnATerminalOrWhenAskedFor)
 {
-    const struct {
-        const char* what;
-        bool terminal, flag, bar;
-    } cases[] = {
-        {"terminal", true, false, true},
-        {"pipe", false, false, false},
-        {"pipe, --progress", false, true, true},
+    const QStringList args = {"-c", kDensityReplay};
+    const std::pair<std::string, bool> cases[] = {
+        {runOnTerminal(args).second, true},
+        {runHxhost(args, false).err.toStdString(), false},
+        {runHxhost(args + QStringList("--progress"), false).err.toStdString(), true},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        QStringList args = {"-c", kDensityReplay};
-        if (c.flag)
-            args << "--progress";
-        const std::string err = c.terminal ? runOnTerminal(args).out : runHxhost(args, false).err.toStdString();
-        const size_t last = err.rfind("\rReading ");
-        ASSERT_EQ(last != std::string::npos, c.bar) << err;
-        if (!c.bar) {
+    for (const auto& [err, bar] : cases) {
+        const size_t last = err.rfind("\rReading "), drawEnd = err.find("\x1b[K", last);
+        ASSERT_EQ(last != std::string::npos, bar) << err;
+        if (!bar) {
             EXPECT_EQ(err.find('\x1b'), std::string::npos) << err;
             continue;
         }
-        const size_t drawEnd = err.find("\x1b[K", last);
-        ASSERT_NE(drawEnd, std::string::npos) << err;
         EXPECT_NE(err.substr(last, drawEnd - last).find("density_32x24x16.csv  0 %"), std::string::npos) << err;
-        EXPECT_EQ(err.substr(drawEnd, 7), "\x1b[K\r\x1b[K") << err;
-        EXPECT_EQ(err.find("created \"density"), drawEnd + 7) << err;
+        EXPECT_EQ(err.find("\x1b[K\r\x1b[K" "created \"density"), drawEnd) << err;
     }
 }
-
-namespace {
-
-// 20 million values of one digit: 40 MB, time enough for a Ctrl-C.
-QString bigLattice()
-{
-    static QTemporaryDir dir;
-    const QString path = dir.filePath("big.csv");
-    if (QFile::exists(path))
-        return path;
-    QFile f(path);
-    EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-    QByteArray line;
-    for (int i = 0; i < 1000; ++i)
-        line += i == 999 ? "7\n" : "7,";
-    for (int i = 0; i < 20000; ++i)
-        f.write(line);
-    return path;
-}
-
-} // namespace
 
 // Ctrl-C stops the running import, skips what follows and still writes the
 // outputs; a reader that does not look for it finishes first. A second
@@ -250,41 +187,43 @@ QString bigLattice()
 TEST(HxhostProgress, CtrlCStopsTheRun)
 {
     QTemporaryDir dir;
-    const QString json = dir.filePath("out.json");
+    const QString json = dir.filePath("out.json"), big = dir.filePath("big.csv");
+    QFile f(big); // 20 million values of one digit: 40 MB, time enough for a Ctrl-C
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(QByteArray("7,").repeated(999).append("7\n").repeated(20000));
+    f.close();
     const QString bigReplay = QStringLiteral("load -uniform_scalar_field_csv \"%1\" \"CSVUniformScalarField # 1 , 3 0 "
-                                             "1000 1000 20 0 0 1 1 0 0 1 0 0 0 1 1 1\" -dataOnly")
-                                  .arg(bigLattice());
+                                             "1000 1000 20 0 0 1 1 0 0 1 0 0 0 1 1 1\" -dataOnly").arg(big);
+    const QStringList fake = {"--packages", HX_TEST_PACKAGES, "-c"};
     const struct {
-        const char* what;
         QStringList args;
         const char* cue; // sent once this is on the terminal
         int interrupts, status;
         const char* shown;
     } cases[] = {
-        {"import stopped", {"-c", bigReplay, "-c", kDensityReplay}, "\rReading ", 1, 1, "stopped at"},
-        {"reader that does not look", {"--packages", HX_TEST_PACKAGES, "-c", "load -fake_sleep 1 -dataOnly", "-c",
-                                       "load -fake_echo a -dataOnly"}, "sleeping", 1, 1, "slept"},
-        {"second Ctrl-C", {"--packages", HX_TEST_PACKAGES, "-c", "load -fake_sleep 60 -dataOnly"}, "sleeping", 2, 130, ""},
+        {{"-c", bigReplay, "-c", kDensityReplay}, "\rReading ", 1, 1, "stopped at"},
+        {fake + QStringList{"load -fake_sleep 1 -dataOnly", "-c", "load -fake_echo a -dataOnly"}, "sleeping", 1, 1, "slept"},
+        {fake + QStringList{"load -fake_sleep 60 -dataOnly"}, "sleeping", 2, 130, ""},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(c.args.join(' ').toStdString());
         QFile::remove(json);
         int sent = 0;
         const auto start = std::chrono::steady_clock::now();
-        TerminalRun r = runOnTerminal(QStringList(c.args) << "--json" << json, [&](pid_t pid, const std::string& out) {
+        const auto [status, out] = runOnTerminal(c.args + QStringList{"--json", json}, [&](pid_t pid, const std::string& out) {
             for (; sent < c.interrupts && out.find(c.cue) != std::string::npos; ++sent) {
                 kill(pid, SIGINT);
                 QThread::msleep(200); // two signals sent at once may arrive as one
             }
         });
-        EXPECT_EQ(r.exitCode, c.status) << r.out;
+        EXPECT_EQ(status, c.status) << out;
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
         if (c.status == 130)
             continue;
-        EXPECT_NE(r.out.find(c.shown), std::string::npos) << r.out;
-        EXPECT_NE(r.out.find("the remaining commands are skipped"), std::string::npos) << r.out;
-        QFile f(json);
-        ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-        EXPECT_EQ(QJsonDocument::fromJson(f.readAll()).object().value("objects").toArray().size(), 0);
+        EXPECT_NE(out.find(c.shown), std::string::npos) << out;
+        EXPECT_NE(out.find("the remaining commands are skipped"), std::string::npos) << out;
+        QFile written(json);
+        ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+        EXPECT_EQ(QJsonDocument::fromJson(written.readAll()).object().value("objects").toArray().size(), 0);
     }
 }
