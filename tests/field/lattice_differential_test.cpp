@@ -22,6 +22,11 @@ TEST(LatticeDifferential, RandomFiles)
     static const char* delimiters[] = {",", " ", "\t", ";", "", "e", ".", "-", "0", "\xa0", "ab", "\r"};
     static const char* comments[] = {"", "#", "%", "1", "-", ",", "\xa0"};
     static const char* levels[] = {"info ", "warning ", "error "};
+    // The ends of each type's range and past them: integers wrap, floats
+    // round to infinity from half an ulp past FLT_MAX on.
+    static const char* rangeEnds[] = {"300", "-1", "2.9", "-2.9", "40000", "32767", "-32769", "70000", "65535", "3e9",
+                                      "nan", "-2147483648.9", "2147483647.5", "1e300", "-1e-300", "-0", "3.4028235e38",
+                                      "3.4028235677973366e38", "-3.4028235677973362e38", "inf", "-inf"};
     FileMaker m(20240917);
     QTemporaryDir dir;
     int failures = 0;
@@ -47,9 +52,11 @@ TEST(LatticeDifferential, RandomFiles)
             s.delimiter = firstByte(dialog.lineEditColumnDelimiter->text());
             s.comment = firstByte(dialog.lineEditCommentMarker->text());
             s.firstLine = dialog.lineEditDataLineNum->text().toInt();
-            const std::string content = m.file({std::string(s.delimiter ? 1 : 0, s.delimiter),
-                                                std::string(s.comment ? 1 : 0, s.comment), "",
-                                                1 + m.pick(m.pick(4) ? 12 : 60), block, 9999});
+            const std::string d(s.delimiter ? 1 : 0, s.delimiter);
+            std::string content = m.file({d, std::string(s.comment ? 1 : 0, s.comment), "",
+                                          1 + m.pick(m.pick(4) ? 12 : 60), block, 9999});
+            for (const char* value : rangeEnds)
+                content += m.pick(4) ? "" : value + d;
             // About as many nodes as the file has values: now as many, now a few more or fewer.
             oracle::LatticeReader counter;
             std::string scratch;

@@ -83,6 +83,7 @@ TEST_F(LineSet, BuilderFormsLinesInEachMode)
          {A{0, 1, 2}}, {A{7, 8, 9}}},
         {"two spare values start a pass that runs out", OneLine, 1, "0 0 0 7\n1 1 1 8 9 9\n", {}, {}},
         {"a count beyond the data", Count, 0, "3 0 0 0 1 1 1\n", {}, {}},
+        {"the data end inside the last vertex", Count, 0, "3 0 0 0 1 1 1 2 2\n", {}, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

@@ -178,7 +178,7 @@ private:
         case 0: return "\"" + words() + separator(l, true) + words() + "\"";
         case 1: return words();
         case 2: return "\"" + number() + (pick(2) ? "\"" : "");
-        case 3: return junk(pick(7), "0123456789+-.eE,;\"");
+        case 3: return junk(pick(7), "0123456789+-.eE,;\"/:"); // the bytes beside the digits too
         case 4: return std::string(1, "\"\r\0\x85\n"[pick(5)]);
         default: return pick(3) ? shortDecimal() : number();
         }
