@@ -317,6 +317,7 @@ TEST_F(Differential, RareRules)
         {"raw buffers of an empty file", "\n \n", " ", "", "", 0, {{Raw, 0, 3, 0, 0}, {Raw, 1, 2, 0, 0}}},
         {"a field that only a binding past the record's end names still tried", "1,x\n2,3\n4,5\n6,7\n8,9\n", ",", "",
          "", IgnoreCount, {f0[0], f0[0], f01[1]}}, // 16 bytes and more: read as plain records
+        {"a ':' taken for a digit, the byte after '9'", "1,2:5\n3,4\n5,6\n7,8\n", ",", "", "", 0, f01},
         {"a line feed looked for past a CR that ends the file's last block", // a stale one lies there
          "0000000000000001\n00000000000001\n000000000000002\r", ",", "", "", 0, f0, 32},
     };
