@@ -202,6 +202,44 @@ public:
     // empty.
     QStringList splitFields(const QString& record);
 
+    // One way in which the import rules changed what parse read: how often,
+    // the 1-based line of the file where it first did, and a sample (the
+    // raw bytes of that line, or of the text concerned).
+    struct Notice {
+        int count = 0;
+        long long line = 0;
+        McString text;
+    };
+
+    // What the last parse's storing pass saw, each record or text counted
+    // once. The parser only notes these; its callers tell the user.
+    struct Notices {
+        // Data records that went on into the next line(s) because their line
+        // had too few fields: on the first one, the fields of the line, the
+        // fields a record needed then and the line it went on in.
+        Notice continuedRecords;
+        int fieldsOnLine = 0;
+        int fieldsNeeded = 0;
+        long long continuedOnLine = 0;
+        // Data records that lost an empty field to a run of delimiters or to
+        // a delimiter before their first field. Runs of blanks, and of white
+        // space with "\s", align columns and are not counted.
+        Notice collapsedFields;
+        // Texts of text columns that hold multi-byte UTF-8, read as Latin-1.
+        Notice utf8Texts;
+        // The data start at the file's start with a UTF-8 byte-order mark,
+        // which is read as part of the first value.
+        bool byteOrderMark = false;
+        // Texts of text columns cut where their record filled its buffer.
+        Notice cutTexts;
+        // After a parse error that counts data rows: the line where the
+        // failed record starts, and that line; for an early end of file
+        // (endOfFile), the file's last line.
+        Notice failedRecord;
+        bool endOfFile = false;
+    };
+    Notices notices;
+
 private:
     // What a parse keeps besides the settings and bindings above: the record
     // reader's state, the fields of the record read last, the text cache

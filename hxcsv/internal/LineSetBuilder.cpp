@@ -191,8 +191,11 @@ int QxCSVLineSetImport::parseFile()
     csv.addColumn(0, &values);
     const int perVertex = applyColumnChoices(*p);
 
-    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked()))
+    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked())) {
+        hxcsv::explainParseError(csv, p->fileName);
         return 0;
+    }
+    hxcsv::warnAboutNotices(csv, p->fileName);
     const LineMode mode = radioButtonNumberOfPoints->isChecked() ? LineMode::Count
                         : radioButtonOnlyOneLine->isChecked()    ? LineMode::OneLine
                         : radioButtonLineDelimitor->isChecked()  ? LineMode::Delimiter

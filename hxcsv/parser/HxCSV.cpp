@@ -263,8 +263,10 @@ int Parse::countRecords(HxCSVInput& input)
 // The record's length, or -1 at end of file.
 int Parse::readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead)
 {
-    if (plainLines)
+    if (plainLines) {
+        recordStart = input.offset();
         return readLine(input, buffer, HxCSV::lineBufferSize);
+    }
     return readRecord(input, buffer, recordsRead);
 }
 
@@ -274,9 +276,23 @@ bool Parse::startsComment(const char* record) const
     return !csv.commentMarker->isEmpty() && record[0] == (*csv.commentMarker)[0];
 }
 
+// The storing pass notes what the rules did to the data, also when it
+// fails part way.
 void Parse::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
 {
     resetRecordState(false);
+    startNoting(input);
+    try {
+        storeRows(input, count, ignoreColumnCount, plainLines);
+    } catch (const CSVException& e) {
+        finishNoting(&e);
+        throw;
+    }
+    finishNoting(nullptr);
+}
+
+void Parse::storeRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines)
+{
     RecordBuffer buffer = {};
     int recordsRead = 0;
     long long lineNumber = csv.dataStartLineNum - 1LL;
@@ -288,8 +304,11 @@ void Parse::readRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool 
         }
         ++lineNumber;
         const int length = readOneRecord(input, buffer, plainLines, recordsRead);
-        if (length < 0)
+        if (length < 0) {
+            csv.notices.endOfFile = true;
+            recordStart = input.offset() - 1; // the file's last byte
             fail(CSVException::BadValue, "Unexpected end of file (line %lld)", lineNumber);
+        }
         if (startsComment(buffer))
             continue;
         if (processRecord(buffer, length, row, ignoreColumnCount) != -2)

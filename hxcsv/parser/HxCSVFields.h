@@ -36,17 +36,22 @@ public:
                && std::memcmp(delimiterText.data(), delimiter.getString(), delimiterText.size()) == 0;
     }
 
-    // Replaces fields by those of [record, record + length).
-    void split(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    // Replaces fields by those of [record, record + length). True when an
+    // empty field was dropped: between two delimiters of a run, or before
+    // the first field; never for runs of blanks or of white space ("\s"),
+    // which align columns.
+    bool split(const char* record, int length, std::vector<HxCSVField>& fields) const;
 
 private:
-    void splitByHand(const char* record, int length, std::vector<HxCSVField>& fields) const;
-    void splitWithoutQuotes(const char* record, int length, std::vector<HxCSVField>& fields) const;
-    void splitByPattern(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    // These return whether an empty field was dropped, whatever the delimiter.
+    bool splitByHand(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    bool splitWithoutQuotes(const char* record, int length, std::vector<HxCSVField>& fields) const;
+    bool splitByPattern(const char* record, int length, std::vector<HxCSVField>& fields) const;
 
     std::string delimiterText;
     bool byHand = false;
     int single = -1; // the delimiter when it is one character
+    bool aligns = false; // blanks or white space: runs are no empty fields
     bool isDelimiter[256] = {};
     QRegExp pattern;
 };

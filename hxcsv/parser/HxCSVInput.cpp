@@ -32,6 +32,7 @@ HxCSVInput::HxCSVInput(FILE* file)
 
 bool HxCSVInput::refill()
 {
+    blockOffset = offset();
     const size_t n = std::fread(block.get(), 1, blockSize, file);
     next = block.get();
     end = next + n;
@@ -67,6 +68,7 @@ bool HxCSVInput::getPiece(char* buffer, int size)
 
 void HxCSVInput::rewind()
 {
+    blockOffset = 0;
     std::rewind(file);
     next = end = block.get();
     bytesRead = 0;

@@ -63,11 +63,16 @@ public:
     // blocks everywhere (exported for the tests of the package's readers).
     HXCSV_API static size_t largestBlock;
 
+    // Where a byte of the block, or the next byte to read, lies in the file.
+    long long offsetOf(const char* p) const { return blockOffset + (p - block.get()); }
+    long long offset() const { return offsetOf(next); }
+
 private:
     bool refill();
 
     FILE* file;
     const size_t blockSize;
+    long long blockOffset = 0; // where the block's first byte lies in the file
     std::unique_ptr<char[]> block;
     const char* next;
     const char* end;

@@ -18,7 +18,8 @@
 //   HxCSVNumbers.cpp  a field's bytes to a number
 //
 // Bindings.cpp holds the bindings and sizes their targets between the
-// passes.
+// passes. Notices.cpp keeps what the storing pass notes where the rules
+// change the data (HxCSV::notices) and finds the file's lines for it.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -52,7 +53,32 @@ struct RecordSyntax {
     bool testsAll64 = true;         // testedFields names every field tried
     bool strtodReadsShortDecimals = false; // in the locale of this reading
     bool shortDecimalTargets = false;      // every bound column takes a short decimal as it is
+    // The reader's runs of delimiters drop empty fields: a one-character
+    // delimiter other than the blank (whose runs align columns) and the
+    // line ends.
+    bool dropsEmptyFields = false;
 };
+
+// Where the storing pass first met what HxCSV::Notices reports, as offsets
+// in the file (-1: never); they become lines once the pass is over.
+struct NoticeOffsets {
+    long long shortLine = -1;   // the line end of a line with too few fields
+    long long continuedOn = -1; // a byte of the line its record went on in
+    long long collapsed = -1;
+    long long utf8Text = -1;
+    long long cutText = -1;
+    long long failedRecord = -1;
+};
+
+// A text column's text of a field: only text columns remove the quotes,
+// and only when the field starts with one; the last character goes
+// whatever it is.
+inline HxCSVField textOf(const char* record, HxCSVField field)
+{
+    if (field.length > 0 && record[field.begin] == '"')
+        return {field.begin + 1, field.length > 1 ? field.length - 2 : 0};
+    return field;
+}
 
 // The buffer a record is read into: at most lineBufferSize - 1 bytes and a
 // NUL, then padding for the short-decimal shortcut, which reads known short
@@ -118,6 +144,18 @@ public:
     // with nothing bound.
     long long lastBoundColumnIndex() const;
 
+    // Notices.cpp: what the storing pass tells the caller (HxCSV::notices),
+    // noted only between startNoting and finishNoting.
+    void startNoting(HxCSVInput& input);
+    // failure: the parse error that ends the pass, if any.
+    void finishNoting(const CSVException* failure);
+    void noteContinued(long long shortLine, long long continuedOn, long long fieldsOnLine, long long fieldsNeeded);
+    void noteCollapsed(long long offset);
+    // A text stored from the record read last that holds multi-byte UTF-8.
+    void noteUtf8Text(const char* text, int length);
+    // A record stored that fills a record buffer, fields its fields.
+    void noteCutText(const char* record);
+
     // Set up by prepareRecordSyntax for each reading.
     RecordSyntax syntax;
 
@@ -130,19 +168,35 @@ public:
     std::vector<FieldNumbers> fieldNumbers;
     uint64_t splitNumber = 0;        // splits made so far
     uint64_t shortDecimalFields = 0; // of the first 64 fields, those seen to be short decimals
+    bool fieldsDroppedEmpty = false; // the split that made fields dropped an empty one
+
+    // What the notices need to know of the records (offsets in the file).
+    bool noting = false;
+    NoticeOffsets noticed;
+    long long recordStart = -1;     // of the record read last
+    long long cutAt = -1;           // the byte that did not fit into the last record cut short
+    long long cutRecordStart = -1;  // and where that record starts
 
     // The targets.
     int storageRows = 0; // rows sized by resizeDataStorage
     // The distinct texts met in each TextRows column (by column), up to a
     // bound; a text seen before is stored as a copy sharing its data.
-    std::unordered_map<const HxCSV::TextRows*, std::unordered_map<std::string, QString>> sharedTexts;
+    struct SharedText {
+        QString text;
+        bool utf8; // holds multi-byte UTF-8
+    };
+    std::unordered_map<const HxCSV::TextRows*, std::unordered_map<std::string, SharedText>> sharedTexts;
     std::string textKey;
 
 private:
     // HxCSV.cpp
     void resetRecordState(bool counting);
+    void storeRows(HxCSVInput& input, int count, bool ignoreColumnCount, bool plainLines);
     int readOneRecord(HxCSVInput& input, char* buffer, bool plainLines, int& recordsRead);
     bool startsComment(const char* record) const;
+
+    // Notices.cpp: lines and samples for the offsets noticed.
+    void locateNotices();
 
     // Rows.cpp
     // The field that the binding at position, reading columnIndex, stores.

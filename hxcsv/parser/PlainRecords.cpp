@@ -64,6 +64,7 @@ bool PlainRecords::readOne(int& recordCount, int& length)
     };
     if (run(noteField, takeConverting) == 0)
         return false;
+    parse.recordStart = input.offsetOf(start); // where its first field starts
     ++recordCount;
     parse.fieldsOfRecordRead = true;
     return true;

@@ -29,6 +29,7 @@ public:
     explicit StreamSource(FILE* file) : file(file) {}
     int get() { return std::fgetc(file); }
     void unget(int c) { std::ungetc(c, file); }
+    long long offsetOfLast() const { return -1; } // not noted
 
 private:
     FILE* file;
@@ -42,6 +43,8 @@ public:
     BlockSource(HxCSVInput& input, const Stops& stops) : input(input), stops(stops) {}
     int get() { return input.get(); }
     void unget(int) { input.unget(); }
+    // Where the byte that get() returned last lies in the file.
+    long long offsetOfLast() const { return input.offset() - 1; }
 
     // Copies the bytes up to the first that stops a run, at most room of
     // them, 16 at a time while they fit.
@@ -99,6 +102,10 @@ private:
     void noteFieldEnd();
     void finishFields();
     long long fieldsNeeded() const { return syntax.lastIndex + 1 + csv.joinedRecordCount; }
+    void noteDroppedField();
+    void noteShortLine();
+    void noteContinuation();
+    void noteRecordEnd();
 
     HxCSV& csv;
     Parse& parse;
@@ -118,11 +125,23 @@ private:
     bool fieldsFinished = false;
     int fieldBegin = 0;
     bool fieldsSplit = false; // split to test the numbers, and left as is
+
+    // For the notices, in the storing pass only (offsets in the file, -1
+    // for none).
+    const bool noting;
+    long long start = -1;     // the record's first byte
+    long long dropped = -1;   // the first delimiter that dropped an empty field
+    long long shortLine = -1; // the line end of a line with too few fields...
+    long long neededThen = 0; // ... the fields needed there,
+    long long fieldsThen = 0; // ... those it had,
+    int lengthThen = 0;       // ... and the record's length after it
+    bool continued = false;   // noted as going on past a short line
 };
 
 template <class Source>
 RecordReader<Source>::RecordReader(Parse& parse, Source& source, char* buffer, int size)
-    : csv(parse.csv), parse(parse), source(source), buffer(buffer), size(size), syntax(parse.syntax)
+    : csv(parse.csv), parse(parse), source(source), buffer(buffer), size(size), syntax(parse.syntax),
+      noting(Source::buffered && parse.noting)
 {
 }
 
@@ -144,6 +163,8 @@ int RecordReader<Source>::read(int& recordCount)
         buffer[length] = '\0';
         if (end == End::Nothing)
             return -1;
+        if (noting)
+            noteRecordEnd();
         if (tracking)
             finishFields();
         parse.fieldsOfRecordRead = tracking || fieldsSplit;
@@ -168,6 +189,8 @@ typename RecordReader<Source>::End RecordReader<Source>::readRecord()
     fieldsFinished = false;
     fieldBegin = 0;
     fieldsSplit = false;
+    start = dropped = shortLine = -1;
+    continued = false;
     parse.fields.clear();
     for (;;) {
         if constexpr (Source::buffered) {
@@ -197,8 +220,15 @@ bool RecordReader<Source>::isDropped(int c) const
 template <class Source>
 typename RecordReader<Source>::End RecordReader<Source>::startRecord(int c)
 {
-    if (c == '\n' || c == syntax.delimiter)
+    if (c == '\n' || c == syntax.delimiter) {
+        if (c == '\n')
+            dropped = -1; // a line of delimiters alone is a blank line
+        else
+            noteDroppedField();
         return End::Open;
+    }
+    if (start < 0) // a record re-joined down to nothing starts again
+        start = source.offsetOfLast();
     if (c == syntax.commentChar)
         return copyComment(c);
     kind = c == syntax.breakChar ? Kind::Break : Kind::Data;
@@ -210,9 +240,14 @@ typename RecordReader<Source>::End RecordReader<Source>::startRecord(int c)
 template <class Source>
 typename RecordReader<Source>::End RecordReader<Source>::continueRecord(int c)
 {
+    if (shortLine >= 0 && length > lengthThen)
+        noteContinuation();
     if (c == '\n') {
         lineEndPassed = true;
+        const int joined = csv.joinedRecordCount;
         const End end = addDelimiter(c);
+        if (end == End::Open && joined == csv.joinedRecordCount)
+            noteShortLine();
         // A block break never reaches into the next line.
         return (end == End::Open && kind == Kind::Break) ? End::LineEnd : end;
     }
@@ -233,8 +268,11 @@ typename RecordReader<Source>::End RecordReader<Source>::continueRecord(int c)
 template <class Source>
 typename RecordReader<Source>::End RecordReader<Source>::addDelimiter(int c)
 {
-    if (buffer[length - 1] == static_cast<char>(syntax.delimiter))
+    if (buffer[length - 1] == static_cast<char>(syntax.delimiter)) {
+        if (c == syntax.delimiter)
+            noteDroppedField();
         return End::Open;
+    }
     // An empty delimiter has no character to store, but still ends a field.
     if (syntax.delimiter != 0 && !put(static_cast<char>(syntax.delimiter)))
         return bufferFull(c);
@@ -335,6 +373,10 @@ typename RecordReader<Source>::End RecordReader<Source>::copyComment(int c)
 template <class Source>
 typename RecordReader<Source>::End RecordReader<Source>::bufferFull(int c)
 {
+    if (noting) {
+        parse.cutAt = source.offsetOfLast();
+        parse.cutRecordStart = start;
+    }
     source.unget(c);
     return End::BufferFull;
 }
@@ -355,6 +397,50 @@ void RecordReader<Source>::discardRestOfLine()
         for (int c = source.get(); c != EOF && c != '\n'; c = source.get()) {
         }
     }
+}
+
+// Noted at the delimiter of a run after the first, or at one before the
+// first field (but for the byte that a record cut short left over); it
+// counts if the record is data.
+template <class Source>
+void RecordReader<Source>::noteDroppedField()
+{
+    if (noting && syntax.dropsEmptyFields && dropped < 0 && source.offsetOfLast() != parse.cutAt)
+        dropped = source.offsetOfLast();
+}
+
+// A line end left the data record short: the record goes on into the next
+// line, if anything of it comes. Where records may share lines, a record
+// going on into the next line is what was asked for; the rest of a line
+// that a cut left over is told of with the cut.
+template <class Source>
+void RecordReader<Source>::noteShortLine()
+{
+    if (!noting || kind != Kind::Data || csv.noLineBreaks || shortLine >= 0 || continued || start == parse.cutAt)
+        return;
+    shortLine = source.offsetOfLast();
+    neededThen = fieldsNeeded();
+    fieldsThen = delimiters;
+    lengthThen = length;
+}
+
+// Bytes past the short line joined the record: once a record.
+template <class Source>
+void RecordReader<Source>::noteContinuation()
+{
+    parse.noteContinued(shortLine, source.offsetOfLast(), fieldsThen, neededThen);
+    shortLine = -1;
+    continued = true;
+}
+
+template <class Source>
+void RecordReader<Source>::noteRecordEnd()
+{
+    if (shortLine >= 0 && length > lengthThen)
+        noteContinuation();
+    if (kind == Kind::Data && dropped >= 0)
+        parse.noteCollapsed(dropped);
+    parse.recordStart = start;
 }
 
 template <class Source>
@@ -400,6 +486,7 @@ void Parse::prepareRecordSyntax(bool counting)
     syntax.fieldsByDelimiter = csv.columnDelimiter->length() == 1 && syntax.delimiter != '"';
     // A delimiter that is a line end, or dropped, reads differently.
     syntax.plainRecords = syntax.fieldsByDelimiter && syntax.delimiter != '\n' && syntax.delimiter != '\r';
+    syntax.dropsEmptyFields = syntax.plainRecords && syntax.delimiter != ' ';
 }
 
 int Parse::readRecord(HxCSVInput& input, char* buffer, int& recordCount)

@@ -6,6 +6,7 @@
 
 #include "HxCSVNumbers.h"
 #include "Parse.h"
+#include "Utf8.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,15 +14,6 @@
 #include <type_traits>
 
 namespace {
-
-// Only text columns remove the quotes, and only when the field starts with
-// one; the last character goes whatever it is.
-HxCSVField textOf(const char* record, HxCSVField field)
-{
-    if (field.length > 0 && record[field.begin] == '"')
-        return {field.begin + 1, field.length > 1 ? field.length - 2 : 0};
-    return field;
-}
 
 // A number, and after it blanks and tabs at most.
 bool wholeNumber(const char* text, int length, size_t used)
@@ -104,8 +96,9 @@ const std::vector<HxCSVField>& Parse::splitRecord(const char* record, int length
     // The delimiter is a public field: look at it for every record.
     if (!splitter || !splitter->splitsAt(*csv.columnDelimiter))
         splitter.reset(new HxCSVFieldSplitter(csv.columnDelimiter->getString()));
-    splitter->split(record, length, fields);
+    const bool dropped = splitter->split(record, length, fields);
     takeNewFields();
+    fieldsDroppedEmpty = dropped;
     return fields;
 }
 
@@ -113,6 +106,7 @@ void Parse::takeNewFields()
 {
     ++splitNumber;
     shortDecimalFields = 0;
+    fieldsDroppedEmpty = false;
     if (fieldNumbers.size() < fields.size())
         fieldNumbers.resize(fields.size());
 }
@@ -192,6 +186,8 @@ int Parse::storeRow(const char* record, int length, int rowIndex, bool ignoreCol
 {
     if (!split)
         splitRecord(record, length);
+    if (fieldsDroppedEmpty && noting)
+        noteCollapsed(recordStart);
     if (!ignoreColumnCount && static_cast<long long>(fields.size()) < lastIndex + 1)
         fail(CSVException::ColumnCount, "Unexpected number of columns (line %d)", rowIndex);
     // Once per row: storing a field cannot change the bindings.
@@ -203,6 +199,8 @@ int Parse::storeRow(const char* record, int length, int rowIndex, bool ignoreCol
             continue;
         storeField(column, record, pickField(position, column.columnIndex, rowIndex, ignoreColumnCount), rowIndex);
     }
+    if (length == HxCSV::lineBufferSize - 1)
+        noteCutText(record);
     return 1;
 }
 
@@ -285,27 +283,37 @@ void Parse::storeTextNumber(const HxCSV::CSVDataColumn& column, const char* reco
     }
 }
 
+// A shared text is looked at for UTF-8 when it is first met.
 void Parse::storeText(const HxCSV::CSVDataColumn& column, const char* record, HxCSVField text, int rowIndex)
 {
+    const char* begin = record + text.begin;
+    const size_t length = static_cast<size_t>(text.length);
     if (!column.textRows) {
-        store(column.stringData, rowIndex, McString(record + text.begin, text.length));
+        store(column.stringData, rowIndex, McString(begin, text.length));
+        if (holdsMultiByteUtf8(begin, length))
+            noteUtf8Text(begin, text.length);
         return;
     }
     if (!column.textRows->first || rowIndex < 0 || rowIndex >= storageRows)
         return;
     // Enough for the classes of a point cloud; texts past it are all kept.
     const size_t sharedLimit = 4096;
-    std::unordered_map<std::string, QString>& shared = sharedTexts[column.textRows];
-    textKey.assign(record + text.begin, static_cast<size_t>(text.length));
+    std::unordered_map<std::string, SharedText>& shared = sharedTexts[column.textRows];
+    textKey.assign(begin, length);
     const auto found = shared.find(textKey);
     QString& row = column.textRows->first[rowIndex];
     if (found != shared.end()) {
-        row = found->second;
+        if (found->second.utf8)
+            noteUtf8Text(begin, text.length);
+        row = found->second.text;
         return;
     }
     row = QString::fromLatin1(textKey.data(), text.length);
+    const bool utf8 = holdsMultiByteUtf8(begin, length);
+    if (utf8)
+        noteUtf8Text(begin, text.length);
     if (shared.size() < sharedLimit)
-        shared.emplace(textKey, row);
+        shared.emplace(textKey, SharedText{row, utf8});
 }
 
 // The value is stored before its conversion is judged, so a failed row keeps
