@@ -133,6 +133,7 @@ TEST_F(UniformField, FailuresAreReported)
     EXPECT_EQ(jsonOf(lastField())["values"].toArray(), QJsonArray({0}));
     EXPECT_TRUE(loadCommandOf(lastField()).startsWith("load -uniform_scalar_field_csv"));
     EXPECT_EQ(consoleTexts(HxMessage::Error).size(), 1);
+    EXPECT_EQ(consoleTexts(HxMessage::Info).filter("the field holds no data from the file").size(), 1);
 
     // Settings no list offers (a hand-edited replay) or too big to hold: an error, no field.
     for (const char* settings : {"CSVUniformScalarField # 1 , 9 0 1 1 1 0 0 1 1 0 0 1 0 0 0 1 1 1",

@@ -66,6 +66,11 @@ const Row rows[] = {
     {"a label longer than a record", "x,y,z,name\n1,2,3," + QByteArray(3000, 'L') + "\n4,5,6,short\n", labelled,
      false, "line 2 is longer than a record may be (2047 bytes), so its text is cut there", "[[1,2,3],[4,5,6]]",
      "[\"" + QString(2041, 'L') + "\",\"short\"]"},
+    {"a line set reads its numbers in order, whatever columns were chosen", "1,2,3,4\n5,6,7,8\n",
+     "\"4 1 0 2 3\" \",\" \"#\" 1 0 0", true,
+     "a line set takes the numbers of a row in the file's order (x, y, z, then one per value column), so the "
+     "chosen file columns are not used: \"X\" is set to file column 2 but takes number 1 of the row",
+     "[[1,2,3],[5,6,7]]", "[[4,8]]"},
     {"an error counts records: the record's line", "1,2,3\n\n4,\t5\r\n", xyz, false,
      "the line number above counts data records; the record starts on line 3 of the file: \"4,\\t5\\r\"", "",
      "Unexpected number of columns (line 1)"},
