@@ -24,7 +24,7 @@ public:
     explicit Pieces(FILE* file) : input(file) {}
 
     // Bytes of the file taken so far.
-    long long consumed() const { return taken; }
+    long long consumed() const { return input.offset(); }
 
     // The next piece as [begin, end); false at the end of the file.
     bool next(const char*& begin, const char*& end)
@@ -50,7 +50,6 @@ private:
             begin = from;
             end = lineEnd ? lineEnd + 1 : from + most;
             input.skipTo(end);
-            taken += end - begin;
             return true;
         }
         if (!spare)
@@ -59,13 +58,11 @@ private:
             return false;
         begin = spare.get();
         end = begin + std::strlen(begin);
-        taken += end - begin;
         return true;
     }
 
     HxCSVInput input;
     std::unique_ptr<char[]> spare;
-    long long taken = 0;
 };
 
 // A token as QString::toDouble reads it; 0, after a note on the console,

@@ -36,9 +36,8 @@ bool HxCSVInput::refill()
     const size_t n = std::fread(block.get(), 1, blockSize, file);
     next = block.get();
     end = next + n;
-    bytesRead += static_cast<long long>(n);
     if (n > 0 && onBlockRead)
-        onBlockRead(bytesRead);
+        onBlockRead(offsetOf(end));
     return n > 0;
 }
 
@@ -71,5 +70,4 @@ void HxCSVInput::rewind()
     blockOffset = 0;
     std::rewind(file);
     next = end = block.get();
-    bytesRead = 0;
 }

@@ -76,5 +76,4 @@ private:
     std::unique_ptr<char[]> block;
     const char* next;
     const char* end;
-    long long bytesRead = 0;
 };
