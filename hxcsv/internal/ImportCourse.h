@@ -61,8 +61,9 @@ int readCSV(const char* entry, int argc, const char** argv)
 void attachLoadCommand(HxData* data, const McString& command);
 
 // Runs the parse, its progress shown by the host. False after a parse
-// error, which goes to the console as "<file>: <parser message>", or when
-// the user stopped it ("import of <file> stopped at N %").
+// error, which goes to the console as "<file>: <parser message>" with the
+// line of the file it means, or when the user stopped it ("import of <file>
+// stopped at N %"). After a parse, warns where the rules changed the data.
 bool parseReportingErrors(HxCSV& csv, const McString& fileName, bool ignoreColumnCount);
 
 // Puts an import failure on the console as "<file>: <text>".
@@ -89,14 +90,5 @@ void addCoordinateColumns(QxCSVImport& dialog);
 // Appends the next unread "Value%d" column (counter numbers it) while fewer
 // than ten exist. Returns its logical column, or -1 when ten are there.
 int addValueColumn(QxCSVImport& dialog, int& counter);
-
-// After a parse: warns, once each, where the import rules changed what was
-// read (csv.notices, and header names in UTF-8), naming the file's line.
-void warnAboutNotices(const HxCSV& csv, const McString& fileName);
-
-// After a parse error: the line of the file that the error's row count
-// stands for, and a byte-order mark that was read as data; console lines
-// beside the error.
-void explainParseError(const HxCSV& csv, const McString& fileName);
 
 } // namespace hxcsv

@@ -191,11 +191,8 @@ int QxCSVLineSetImport::parseFile()
     csv.addColumn(0, &values);
     const int perVertex = applyColumnChoices(*p);
 
-    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked())) {
-        hxcsv::explainParseError(csv, p->fileName);
+    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked()))
         return 0;
-    }
-    hxcsv::warnAboutNotices(csv, p->fileName);
     const LineMode mode = radioButtonNumberOfPoints->isChecked() ? LineMode::Count
                         : radioButtonOnlyOneLine->isChecked()    ? LineMode::OneLine
                         : radioButtonLineDelimitor->isChecked()  ? LineMode::Delimiter

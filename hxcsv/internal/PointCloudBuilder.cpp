@@ -31,11 +31,8 @@ int QxCSVPointClusterImport::parseFile()
 
     std::unique_ptr<HxCluster> cluster(HxCluster::createInstance());
     csv.rowsCounted = [&](int n) { sizeCluster(*cluster, n, rows, data, labels); };
-    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked())) {
-        hxcsv::explainParseError(csv, p->fileName);
+    if (!hxcsv::parseReportingErrors(csv, p->fileName, radioButtonNumberOfPoints->isChecked()))
         return 0;
-    }
-    hxcsv::warnAboutNotices(csv, p->fileName);
     finishCluster(*cluster, csv, data, labels);
     createdData = cluster.release();
     HxData::registerData(createdData, p->fileName.toQString());
